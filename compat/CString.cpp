@@ -247,3 +247,9 @@ CString operator+(const CString& a, char b) {
     result += b;
     return result;
 }
+
+CString operator+(char a, const CString& b) {
+    CString result(a);
+    result += b;
+    return result;
+}

@@ -9,10 +9,12 @@
 //
 // Only HKEY_CURRENT_USER is kept; key paths are given relative to it, with backslashes
 // ("Software\\Quorvane\\RealTime"). Key and value names compare without regard to case.
-// A key exists while it has a section. Every read takes the file as it is on disk, so
-// another process's writes are seen; every write rewrites the whole file through a
-// temporary file and rename(2), under flock(2) on the file itself. A line that cannot be
-// parsed is skipped, and the next write keeps every value that could be read.
+// A key exists while it, or a key below it, has a section. Every read takes the file as it
+// is on disk, so another process's writes are seen; every write rewrites the whole file
+// through a temporary file and rename(2), under flock(2) on the lock file user.reg.lock
+// beside it (rename gives user.reg a new inode, so it cannot carry the lock itself), and
+// re-reads the file under the lock before changing it. A line that cannot be parsed is
+// skipped, and the next write keeps every value that could be read.
 #pragma once
 
 #include <cstdint>

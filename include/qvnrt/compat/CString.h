@@ -88,6 +88,7 @@ QVNRT_API CString operator+(const CString& a, const CString& b);
 QVNRT_API CString operator+(const CString& a, const char* b);
 QVNRT_API CString operator+(const char* a, const CString& b);
 QVNRT_API CString operator+(const CString& a, char b);
+QVNRT_API CString operator+(char a, const CString& b);
 
 inline bool operator==(const CString& a, const CString& b) { return a.Compare(b) == 0; }
 inline bool operator==(const CString& a, const char* b) { return a.Compare(b) == 0; }

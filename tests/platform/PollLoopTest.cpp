@@ -1,0 +1,301 @@
+#include <qvnrt/host.h>
+
+#include <chrono>
+#include <memory>
+#include <string>
+#include <thread>
+#include <unistd.h>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+namespace qvnrt {
+namespace {
+
+// A pipe whose read end can be watched; closes both ends at the end of a test.
+class Pipe {
+public:
+    Pipe() { EXPECT_EQ(0, ::pipe(m_fds)); }
+    ~Pipe() {
+        closeRead();
+        if (m_fds[1] >= 0) ::close(m_fds[1]);
+    }
+    int readEnd() const { return m_fds[0]; }
+    void signal() { ASSERT_EQ(1, ::write(m_fds[1], "x", 1)); }
+    void drain() {
+        char byte;
+        ASSERT_EQ(1, ::read(m_fds[0], &byte, 1));
+    }
+    void closeRead() {
+        if (m_fds[0] >= 0) ::close(m_fds[0]);
+        m_fds[0] = -1;
+    }
+
+private:
+    int m_fds[2] = {-1, -1};
+};
+
+void Sleep(int ms) { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
+
+TEST(PollLoop, TimerRepeatsUntilRemovedAndRunEndsOnQuit) {
+    PollLoop loop;
+    int fired = 0;
+    MainLoop::TimerId id = 0;
+    id = loop.addTimer(5, [&] {
+        if (++fired == 3) loop.quit();
+    });
+    ASSERT_NE(0u, id);
+    loop.run();
+    EXPECT_EQ(3, fired);
+
+    loop.removeTimer(id);
+    loop.removeTimer(id);  // twice is harmless
+    Sleep(20);
+    EXPECT_EQ(0, loop.runOnce(0));
+    EXPECT_EQ(3, fired);
+}
+
+TEST(PollLoop, MissedExpirationsFoldIntoOneCall) {
+    PollLoop loop;
+    int fired = 0;
+    loop.addTimer(1, [&] { ++fired; });
+    Sleep(30);
+    EXPECT_EQ(1, loop.runOnce(0));
+    EXPECT_EQ(1, fired);
+}
+
+TEST(PollLoop, ZeroMillisecondTimerStillFires) {
+    PollLoop loop;
+    int fired = 0;
+    ASSERT_NE(0u, loop.addTimer(0, [&] { ++fired; }));
+    EXPECT_EQ(1, loop.runOnce(1000));
+    EXPECT_EQ(0u, loop.addTimer(10, nullptr));  // nothing to call: refused
+}
+
+TEST(PollLoop, WatchedDescriptorCallsWhileReadable) {
+    PollLoop loop;
+    Pipe pipe;
+    int calls = 0;
+    loop.watchFd(pipe.readEnd(), [&] {
+        ++calls;
+        pipe.drain();
+    });
+    EXPECT_EQ(0, loop.runOnce(0));
+    pipe.signal();
+    EXPECT_EQ(1, loop.runOnce(1000));
+    EXPECT_EQ(0, loop.runOnce(0));  // drained
+
+    // A second watch on the same descriptor replaces the first.
+    int replaced = 0;
+    loop.watchFd(pipe.readEnd(), [&] {
+        ++replaced;
+        pipe.drain();
+    });
+    pipe.signal();
+    EXPECT_EQ(1, loop.runOnce(1000));
+    EXPECT_EQ(1, calls);
+    EXPECT_EQ(1, replaced);
+
+    loop.unwatchFd(pipe.readEnd());
+    pipe.signal();
+    EXPECT_EQ(0, loop.runOnce(0));
+}
+
+TEST(PollLoop, CallbackMayRemoveItselfAndOthersDuringDispatch) {
+    PollLoop loop;
+    Pipe first, second;
+    int secondCalls = 0;
+    int timerCalls = 0;
+    MainLoop::TimerId timer = loop.addTimer(1, [&] { ++timerCalls; });
+    // The closure owns a string that must stay alive while it runs, though its watch is
+    // gone (AddressSanitizer reports it otherwise).
+    auto owned = std::make_shared<std::string>("still here");
+    std::string seen;
+    loop.watchFd(first.readEnd(), [&, owned] {
+        loop.unwatchFd(first.readEnd());
+        loop.unwatchFd(second.readEnd());
+        loop.removeTimer(timer);
+        seen = *owned;
+    });
+    owned.reset();
+    loop.watchFd(second.readEnd(), [&] { ++secondCalls; });
+    first.signal();
+    second.signal();
+    Sleep(10);  // the timer is due as well
+    EXPECT_EQ(1, loop.runOnce(1000));
+    EXPECT_EQ("still here", seen);
+    EXPECT_EQ(0, secondCalls);
+    EXPECT_EQ(0, timerCalls);
+    EXPECT_EQ(0, loop.runOnce(20));
+}
+
+TEST(PollLoop, TimerRemovingItselfDoesNotFireAgain) {
+    PollLoop loop;
+    int fired = 0;
+    MainLoop::TimerId id = 0;
+    id = loop.addTimer(1, [&] {
+        ++fired;
+        loop.removeTimer(id);
+    });
+    EXPECT_EQ(1, loop.runOnce(1000));
+    EXPECT_EQ(0, loop.runOnce(20));
+    EXPECT_EQ(1, fired);
+}
+
+TEST(PollLoop, WatchesAndTimersAddedDuringDispatchWaitForTheNextRound) {
+    PollLoop loop;
+    Pipe first, second;
+    int added = 0;
+    int addedTimer = 0;
+    loop.watchFd(first.readEnd(), [&] {
+        first.drain();
+        loop.watchFd(second.readEnd(), [&] { ++added; });
+        loop.addTimer(1, [&] { ++addedTimer; });
+    });
+    first.signal();
+    second.signal();
+    EXPECT_EQ(1, loop.runOnce(1000));
+    EXPECT_EQ(0, added);
+    Sleep(5);
+    EXPECT_EQ(2, loop.runOnce(1000));
+    EXPECT_EQ(1, added);
+    EXPECT_EQ(1, addedTimer);
+}
+
+TEST(PollLoop, WatchReplacedDuringDispatchIsNotCalledForTheOldReadiness) {
+    PollLoop loop;
+    Pipe first, second;
+    int oldCalls = 0, newCalls = 0;
+    loop.watchFd(first.readEnd(), [&] {
+        first.drain();
+        loop.watchFd(second.readEnd(), [&] { ++newCalls; });
+    });
+    loop.watchFd(second.readEnd(), [&] { ++oldCalls; });
+    first.signal();
+    second.signal();
+    EXPECT_EQ(1, loop.runOnce(1000));
+    EXPECT_EQ(0, oldCalls);
+    EXPECT_EQ(0, newCalls);
+    EXPECT_EQ(1, loop.runOnce(0));
+    EXPECT_EQ(1, newCalls);
+}
+
+TEST(PollLoop, QuitStopsDispatchAfterTheCurrentCallbackAndLosesNothing) {
+    PollLoop loop;
+    Pipe first, second;
+    std::vector<int> order;
+    loop.watchFd(first.readEnd(), [&] {
+        order.push_back(1);
+        first.drain();
+        loop.quit();
+    });
+    loop.watchFd(second.readEnd(), [&] {
+        order.push_back(2);
+        second.drain();
+    });
+    first.signal();
+    second.signal();
+    loop.run();
+    EXPECT_EQ(std::vector<int>{1}, order);
+    EXPECT_EQ(1, loop.runOnce(0));  // the other is still ready
+    EXPECT_EQ((std::vector<int>{1, 2}), order);
+}
+
+TEST(PollLoop, RunForReturnsAfterItsTimeAndQuitEndsOnlyTheInnermostRun) {
+    PollLoop loop;
+    const auto start = std::chrono::steady_clock::now();
+    loop.runFor(30);
+    EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(30));
+
+    int outer = 0;
+    bool innerReturned = false;
+    loop.addTimer(1, [&] {
+        if (++outer == 1) {
+            MainLoop::TimerId inner = loop.addTimer(1, [&] { loop.quit(); });
+            loop.run();  // a nested loop, as under a modal panel
+            loop.removeTimer(inner);
+            innerReturned = true;
+        } else if (outer == 3) {
+            loop.quit();
+        }
+    });
+    loop.run();
+    EXPECT_TRUE(innerReturned);
+    EXPECT_EQ(3, outer);  // the outer loop went on after the inner quit
+
+    loop.addTimer(1, [&] { loop.quit(); });
+    const auto again = std::chrono::steady_clock::now();
+    loop.runFor(60000);  // quit ends it early
+    EXPECT_LT(std::chrono::steady_clock::now() - again, std::chrono::seconds(30));
+}
+
+TEST(PollLoop, DescriptorClosedWithoutUnwatchIsDropped) {
+    PollLoop loop;
+    Pipe pipe;
+    int calls = 0;
+    loop.watchFd(pipe.readEnd(), [&] { ++calls; });
+    pipe.closeRead();
+    EXPECT_EQ(0, loop.runOnce(0));
+    EXPECT_EQ(0, loop.runOnce(0));
+    EXPECT_EQ(0, calls);
+}
+
+TEST(PollLoop, HungUpDescriptorIsReportedSoItsOwnerSeesTheEnd) {
+    PollLoop loop;
+    int fds[2];
+    ASSERT_EQ(0, ::pipe(fds));
+    ::close(fds[1]);
+    int calls = 0;
+    loop.watchFd(fds[0], [&] {
+        ++calls;
+        loop.unwatchFd(fds[0]);
+    });
+    EXPECT_EQ(1, loop.runOnce(1000));
+    EXPECT_EQ(1, calls);
+    ::close(fds[0]);
+}
+
+// ---- SetMainLoop / GetMainLoop ------------------------------------------------------------
+
+class CountingLoop : public MainLoop {
+public:
+    TimerId addTimer(unsigned, std::function<void()>) override { return ++timers; }
+    void removeTimer(TimerId) override {}
+    void watchFd(int, std::function<void()>) override {}
+    void unwatchFd(int) override {}
+    TimerId timers = 0;
+};
+
+TEST(MainLoop, InstalledLoopServesUntilNullRestoresTheLibrarysOwn) {
+    MainLoop& own = GetMainLoop();
+    EXPECT_NE(nullptr, dynamic_cast<PollLoop*>(&own));
+    EXPECT_EQ(&own, &GetMainLoop());  // one process-wide instance
+
+    CountingLoop counting;
+    EXPECT_EQ(nullptr, SetMainLoop(&counting));
+    EXPECT_EQ(1u, GetMainLoop().addTimer(300, [] {}));
+    EXPECT_EQ(1u, counting.timers);
+    EXPECT_EQ(&counting, SetMainLoop(nullptr));
+    EXPECT_EQ(&own, &GetMainLoop());
+}
+
+TEST(MainLoop, LoopDestroyedWhileInstalledIsUninstalled) {
+    MainLoop& own = GetMainLoop();
+    {
+        auto counting = std::make_unique<CountingLoop>();
+        SetMainLoop(counting.get());
+    }
+    EXPECT_EQ(&own, &GetMainLoop());
+}
+
+TEST(MainLoop, LibrarysOwnLoopRunsTimers) {
+    auto& loop = static_cast<PollLoop&>(GetMainLoop());
+    int fired = 0;
+    const MainLoop::TimerId id = loop.addTimer(1, [&] { ++fired; });
+    EXPECT_EQ(1, loop.runOnce(1000));
+    loop.removeTimer(id);
+    EXPECT_EQ(1, fired);
+}
+
+}  // namespace
+}  // namespace qvnrt

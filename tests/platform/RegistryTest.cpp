@@ -1,0 +1,243 @@
+#include "platform/Registry.h"
+
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gtest/gtest.h>
+
+#include "support/TempDir.h"
+
+namespace qvnrt::platform {
+namespace {
+
+constexpr char kRealTime[] = "Software\\Quorvane\\RealTime";
+
+class RegistryTest : public ::testing::Test {
+protected:
+    std::string File() const { return home.config().read("user.reg"); }
+    void WriteFile(const std::string& text) const { home.config().write("user.reg", text); }
+
+    test::IsolatedHome home;
+};
+
+TEST_F(RegistryTest, WritesRegeditSyntaxAndReadsItBack) {
+    auto key = RegistryKey::Create(kRealTime);
+    ASSERT_TRUE(key);
+    ASSERT_TRUE(key->SetString("RealTime DLL", "Client.DLL"));
+    ASSERT_TRUE(key->SetDword("DispStyle0", 7));
+    EXPECT_EQ(
+        "REGEDIT4\n\n"
+        "[HKEY_CURRENT_USER\\Software\\Quorvane\\RealTime]\n"
+        "\"RealTime DLL\"=\"Client.DLL\"\n"
+        "\"DispStyle0\"=dword:00000007\n\n",
+        File());
+
+    auto reopened = RegistryKey::Open(kRealTime);
+    ASSERT_TRUE(reopened);
+    std::string text;
+    uint32_t number = 0;
+    EXPECT_TRUE(reopened->QueryString("RealTime DLL", text));
+    EXPECT_EQ("Client.DLL", text);
+    EXPECT_TRUE(reopened->QueryDword("DispStyle0", number));
+    EXPECT_EQ(7u, number);
+
+    // Each type is read only as itself, and a missing value is a failure.
+    EXPECT_FALSE(reopened->QueryDword("RealTime DLL", number));
+    EXPECT_FALSE(reopened->QueryString("DispStyle0", text));
+    EXPECT_FALSE(reopened->QueryString("Absent", text));
+
+    // Setting again replaces in place; a full 32-bit value survives.
+    ASSERT_TRUE(reopened->SetDword("DispStyle0", 0xFFFFFFFFu));
+    ASSERT_TRUE(reopened->QueryDword("DispStyle0", number));
+    EXPECT_EQ(0xFFFFFFFFu, number);
+    EXPECT_NE(std::string::npos, File().find("\"DispStyle0\"=dword:ffffffff\n"));
+}
+
+TEST_F(RegistryTest, EscapesBackslashesAndQuotes) {
+    auto key = RegistryKey::Create(kRealTime);
+    ASSERT_TRUE(key);
+    const std::string tricky = "C:\\Program Files\\\"Quorvane\"\\";
+    ASSERT_TRUE(key->SetString("Path \"quoted\"", tricky));
+    const std::string line = R"("Path \"quoted\""="C:\\Program Files\\\"Quorvane\"\\")";
+    EXPECT_NE(std::string::npos, File().find(line + "\n")) << File();
+    std::string text;
+    ASSERT_TRUE(key->QueryString("Path \"quoted\"", text));
+    EXPECT_EQ(tricky, text);
+
+    // A text that the format cannot hold on one line is refused, and nothing changes.
+    EXPECT_FALSE(key->SetString("Two lines", "a\nb"));
+    EXPECT_FALSE(key->QueryString("Two lines", text));
+}
+
+TEST_F(RegistryTest, NamesCompareWithoutCaseAndKeepTheirFirstSpelling) {
+    ASSERT_TRUE(RegistryKey::Create(kRealTime));
+    auto key = RegistryKey::Open("SOFTWARE\\quorvane\\realtime");
+    ASSERT_TRUE(key);
+    ASSERT_TRUE(key->SetString("RealTime DLL", "first.so"));
+    ASSERT_TRUE(key->SetString("REALTIME dll", "second.so"));
+    std::string text;
+    ASSERT_TRUE(RegistryKey::Open(kRealTime)->QueryString("realtime DLL", text));
+    EXPECT_EQ("second.so", text);
+
+    const std::string file = File();
+    EXPECT_NE(std::string::npos, file.find("[HKEY_CURRENT_USER\\Software\\Quorvane\\RealTime]"));
+    EXPECT_NE(std::string::npos, file.find("\"RealTime DLL\"=\"second.so\""));
+    EXPECT_EQ(std::string::npos, file.find("REALTIME dll"));
+}
+
+TEST_F(RegistryTest, OpeningAKeyWithoutSectionFailsUntilCreated) {
+    EXPECT_FALSE(RegistryKey::Open(kRealTime));  // no file at all
+    ASSERT_TRUE(RegistryKey::Create("Software\\Quorvane\\FractRep"));
+    EXPECT_FALSE(RegistryKey::Open(kRealTime));
+    // A parent exists through the key below it, as in the registry.
+    EXPECT_TRUE(RegistryKey::Open("Software\\Quorvane"));
+    EXPECT_FALSE(RegistryKey::Open("Software\\Quor"));
+    // Creating an existing key writes nothing new.
+    const std::string before = File();
+    ASSERT_TRUE(RegistryKey::Create("software\\quorvane\\fractrep"));
+    EXPECT_EQ(before, File());
+    // A path no section line can name is refused.
+    EXPECT_FALSE(RegistryKey::Create("Software\\\\Quorvane"));
+    EXPECT_FALSE(RegistryKey::Create("Software\nQuorvane"));
+}
+
+TEST_F(RegistryTest, QueryStringFailsWhenTheValueAndTerminatorExceedTheBuffer) {
+    auto key = RegistryKey::Create(kRealTime);
+    ASSERT_TRUE(key);
+    ASSERT_TRUE(key->SetString("Fits", std::string(259, 'x')));
+    ASSERT_TRUE(key->SetString("TooLong", std::string(260, 'y')));
+    std::string text = "untouched";
+    EXPECT_TRUE(key->QueryString("Fits", text, 260));
+    EXPECT_EQ(259u, text.size());
+    text = "untouched";
+    EXPECT_FALSE(key->QueryString("TooLong", text, 260));
+    EXPECT_EQ("untouched", text);
+    EXPECT_TRUE(key->QueryString("TooLong", text, 261));
+    EXPECT_FALSE(key->QueryString("Fits", text, 0));
+}
+
+TEST_F(RegistryTest, MalformedFileKeepsItsGoodValuesThroughTheNextWrite) {
+    WriteFile(
+        "REGEDIT4\r\n"
+        "\"Orphan\"=\"no section yet\"\r\n"
+        "[HKEY_CURRENT_USER\\Software\\Quorvane\\RealTime]\r\n"
+        "\"RealTime DLL\"=\"Client.DLL\"\r\n"
+        "this line is garbage\r\n"
+        "\"Unterminated\"=\"oops\r\n"
+        "\"BadDword\"=dword:xyz\r\n"
+        "\"TooWide\"=dword:123456789\r\n"
+        "\"Binary\"=hex:01,02,\\\r\n"
+        "  03,04\r\n"
+        "@=\"default value\"\r\n"
+        "[HKEY_CURRENT_USER\\Broken\r\n"
+        "\"UnderBroken\"=\"lost with its section\"\r\n"
+        "[HKEY_LOCAL_MACHINE\\Software\\Other]\r\n"
+        "\"Kept\"=dword:00000001\r\n"
+        "[hkey_current_user\\software\\quorvane\\realtime]\r\n"
+        "\"DispStyle0\"=dword:00000007\r\n");
+
+    auto key = RegistryKey::Open(kRealTime);
+    ASSERT_TRUE(key);
+    std::string text;
+    uint32_t number = 0;
+    EXPECT_TRUE(key->QueryString("RealTime DLL", text));
+    EXPECT_EQ("Client.DLL", text);
+    EXPECT_TRUE(key->QueryDword("DispStyle0", number));  // a repeated section joins the first
+    EXPECT_EQ(7u, number);
+    EXPECT_TRUE(key->QueryString("", text));
+    EXPECT_EQ("default value", text);
+    EXPECT_FALSE(key->QueryString("Unterminated", text));
+    EXPECT_FALSE(key->QueryDword("BadDword", number));
+    EXPECT_FALSE(key->QueryDword("TooWide", number));
+    EXPECT_FALSE(RegistryKey::Open("Broken"));
+
+    ASSERT_TRUE(key->SetString("Added", "new"));
+    EXPECT_EQ(
+        "REGEDIT4\n\n"
+        "[HKEY_CURRENT_USER\\Software\\Quorvane\\RealTime]\n"
+        "\"RealTime DLL\"=\"Client.DLL\"\n"
+        "\"Binary\"=hex:01,02,03,04\n"
+        "@=\"default value\"\n"
+        "\"DispStyle0\"=dword:00000007\n"
+        "\"Added\"=\"new\"\n\n"
+        "[HKEY_LOCAL_MACHINE\\Software\\Other]\n"
+        "\"Kept\"=dword:00000001\n\n",
+        File());
+}
+
+TEST_F(RegistryTest, DeleteValueRemovesOnlyThatValue) {
+    auto key = RegistryKey::Create(kRealTime);
+    ASSERT_TRUE(key);
+    ASSERT_TRUE(key->SetString("A", "1"));
+    ASSERT_TRUE(key->SetString("B", "2"));
+    EXPECT_TRUE(key->DeleteValue("a"));
+    EXPECT_FALSE(key->DeleteValue("A"));
+    std::string text;
+    EXPECT_FALSE(key->QueryString("A", text));
+    EXPECT_TRUE(key->QueryString("B", text));
+    EXPECT_TRUE(RegistryKey::Open(kRealTime));  // the key stays, empty or not
+}
+
+TEST_F(RegistryTest, ValueSetThroughAKeyWhoseSectionVanishedIsKept) {
+    auto key = RegistryKey::Create(kRealTime);
+    ASSERT_TRUE(key);
+    WriteFile("REGEDIT4\n");  // edited away by hand while the key was open
+    ASSERT_TRUE(key->SetString("RealTime DLL", "Client.DLL"));
+    std::string text;
+    EXPECT_TRUE(RegistryKey::Open(kRealTime)->QueryString("RealTime DLL", text));
+}
+
+TEST_F(RegistryTest, StoreThatCannotBeReadIsNeverReplaced) {
+    // A link to itself: present, but no open(2) can read it.
+    ASSERT_EQ(0, ::symlink("user.reg", home.config().file("user.reg").c_str()));
+    EXPECT_FALSE(RegistryKey::Create(kRealTime));
+    char target[16] = {};
+    EXPECT_EQ(8, ::readlink(home.config().file("user.reg").c_str(), target, sizeof(target)));
+}
+
+TEST_F(RegistryTest, TwoProcessesWritingAtOnceLoseNothing) {
+    ASSERT_TRUE(RegistryKey::Create(kRealTime));
+    constexpr int kWrites = 60;
+    pid_t children[2];
+    for (int child = 0; child < 2; ++child) {
+        children[child] = ::fork();
+        ASSERT_GE(children[child], 0);
+        if (children[child] == 0) {
+            auto key = RegistryKey::Open(kRealTime);
+            bool ok = key.has_value();
+            for (int i = 0; ok && i < kWrites; ++i) {
+                ok = key->SetDword("P" + std::to_string(child) + "_" + std::to_string(i),
+                                   static_cast<uint32_t>(i));
+            }
+            ::_exit(ok ? 0 : 1);
+        }
+    }
+    for (const pid_t child : children) {
+        int status = 0;
+        ASSERT_EQ(child, ::waitpid(child, &status, 0));
+        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    }
+    auto key = RegistryKey::Open(kRealTime);
+    ASSERT_TRUE(key);
+    for (int child = 0; child < 2; ++child) {
+        for (int i = 0; i < kWrites; ++i) {
+            uint32_t number = 0;
+            const std::string name = "P" + std::to_string(child) + "_" + std::to_string(i);
+            ASSERT_TRUE(key->QueryDword(name, number)) << name;
+            EXPECT_EQ(static_cast<uint32_t>(i), number);
+        }
+    }
+}
+
+TEST(RegistryWithoutHome, FailsWhenThereIsNoConfigDirectory) {
+    ::unsetenv("QVNRT_HOME");
+    ::unsetenv("XDG_CONFIG_HOME");
+    ::unsetenv("HOME");
+    EXPECT_EQ("", RegistryFilePath());
+    EXPECT_FALSE(RegistryKey::Create(kRealTime));
+    EXPECT_FALSE(RegistryKey::Open(kRealTime));
+}
+
+}  // namespace
+}  // namespace qvnrt::platform
