@@ -5,3 +5,8 @@
 #include <qvnrt/driver.h>
 #include <qvnrt/host.h>
 #include <qvnrt/LibraryStartup.h>
+#include <qvnrt/CInetResearch.h>
+#include <qvnrt/CInetSearchInfoDlg.h>
+#include <qvnrt/CInetSymbolSearchDlg.h>
+#include <qvnrt/CPrivateProfile.h>
+#include <qvnrt/CSymbolHomePagesDlg.h>
