@@ -1,0 +1,39 @@
+// CDataServiceRights: the service-rights gate. It tracks what a subscriber's plan allows;
+// this build keeps only what the connection and the news collection ask of it: it records
+// each call and allows everything.
+#pragma once
+
+#include <qvnrt/export.h>
+
+class QVNRT_API CDataServiceRights {
+public:
+    // The rights value for a tag, given to the driver at connect (tag 5). 1 unless set.
+    int GetRightsValue(int tag) const;
+    void SetRightsValue(int tag, int value);
+
+    // The connection's state (RTServer::m_lStatus) when it changes.
+    void NoteConnectionState(long status);
+    // The rights data of network event 2 (driver memory; kept as an address only), and the
+    // request to act on it, made while connected.
+    void SetRightsData(const void* data);
+    void ApplyRightsData();
+
+    // News items: whether one more may be opened, and that one was opened or released.
+    bool MayOpenNewsItem(bool byKeyword) const;
+    void NoteNewsItemOpened(bool byKeyword);
+    void NoteNewsItemReleased(bool byKeyword);
+
+    // What was recorded.
+    long m_lastConnectionState = 0;
+    int m_connectionStateCount = 0;
+    const void* m_rightsData = nullptr;
+    int m_rightsApplied = 0;
+    int m_keywordItemsOpen = 0;
+    int m_symbolItemsOpen = 0;
+
+private:
+    static constexpr int kTags = 16;
+    int m_rightsValues[kTags] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
+};
+
+QVNRT_API extern CDataServiceRights g_appDataServiceRights;

@@ -1,0 +1,41 @@
+#include "store/PendingEod.h"
+
+#include <qvnrt/RTSecurity.h>
+
+namespace RTSecCache {
+
+std::map<RTSecurity*, PendingEodEntry, std::less<>> s_pendingEod;
+
+// Each entry goes over whole in the first tick in which its security is ready. While the
+// data is not final, the first record is the one that a further batch could still
+// overwrite: it is held back from the main call and sent alone, with flags 0, after it.
+void DeliverPendingEod() {
+    for (auto at = s_pendingEod.begin(); at != s_pendingEod.end();) {
+        RTSecurity* security = at->first;
+        if (!security->IsReadyForRTCallback()) {
+            ++at;
+            continue;
+        }
+        // Taken out of the map first: the owner's handler may close the request, and so
+        // erase its own entry, while it runs.
+        PendingEodEntry entry = std::move(at->second);
+        at = s_pendingEod.erase(at);
+        const RTSecurity* const key = security;
+        int count = static_cast<int>(entry.records.size());
+        if (!entry.complete && count > 0) --count;
+        if (count != 0) {
+            security->ReqEODCallback(security->m_eodRequest, count, 1,
+                                     entry.records.data() + (entry.records.size() - count));
+        }
+        if (!entry.complete && !entry.records.empty()) {
+            security->ReqEODCallback(security->m_eodRequest, 1, 0, entry.records.data());
+        }
+        if (entry.ended) {
+            security->ReqEODCallback(security->m_eodRequest, 0, entry.complete ? -1 : 0,
+                                     nullptr);
+        }
+        at = s_pendingEod.upper_bound(const_cast<RTSecurity*>(key));
+    }
+}
+
+}  // namespace RTSecCache

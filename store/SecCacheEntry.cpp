@@ -1,0 +1,183 @@
+#include "store/SecCacheEntry.h"
+
+#include <cstring>
+#include <string>
+
+#include "platform/Directories.h"
+#include "store/SecCache.h"
+#include "store/SecFieldTable.h"
+#include "store/TickFilePath.h"
+
+namespace RTSecCache {
+namespace {
+
+constexpr uint64_t Bit(int field) { return uint64_t{1} << field; }
+
+void SetError(long* error, long value) {
+    if (error) *error = value;
+}
+
+bool InRange(int field) { return field >= 0 && field < kFieldCount; }
+
+int ReadInt(FieldKind kind, const unsigned char* place) {
+    switch (kind) {
+        case FieldKind::Byte: return *place;
+        case FieldKind::U16: {
+            uint16_t value;
+            std::memcpy(&value, place, sizeof(value));
+            return value;
+        }
+        case FieldKind::S16: {
+            int16_t value;
+            std::memcpy(&value, place, sizeof(value));
+            return value;
+        }
+        default: {
+            int32_t value;
+            std::memcpy(&value, place, sizeof(value));
+            return value;
+        }
+    }
+}
+
+}  // namespace
+
+void SecCacheEntry::touch() { m_record->lastUse = static_cast<uint32_t>(s_cacheNow); }
+
+bool SecCacheEntry::isPresent(int field) const {
+    return InRange(field) && (m_record->presence & Bit(field)) != 0;
+}
+
+bool SecCacheEntry::isClosed() const { return isPresent(kClosedBit); }
+
+unsigned char* SecCacheEntry::placeOf(int field, bool allocate) {
+    const FieldSlot& slot = FieldSlotOf(field);
+    switch (slot.record) {
+        case FieldRecord::Sec1:
+            return reinterpret_cast<unsigned char*>(m_record) + slot.offset;
+        case FieldRecord::Sec2: {
+            if (!allocate && m_record->secData2Index == -1) return nullptr;
+            SecData2* extended = secData2();
+            return extended ? reinterpret_cast<unsigned char*>(extended) + slot.offset : nullptr;
+        }
+        default:
+            return nullptr;
+    }
+}
+
+// An id of 60 or more is outside the presence bits: the read gives zero and, unlike a
+// missing field, leaves the error word as it was. Kept: callers rely on the difference.
+int SecCacheEntry::getSecInt(int field, long* error) {
+    if (!s_cacheEnabled) return 0;
+    touch();
+    if (!InRange(field)) return 0;
+    const FieldSlot& slot = FieldSlotOf(field);
+    const bool readable = slot.read == FieldRead::Int || slot.read == FieldRead::IntAsFloat;
+    const unsigned char* place = readable && isPresent(field) ? placeOf(field, false) : nullptr;
+    if (!place) {
+        SetError(error, -4);
+        return 0;
+    }
+    SetError(error, 0);
+    return ReadInt(slot.kind, place);
+}
+
+float SecCacheEntry::getSecFloat(int field, long* error) {
+    if (!s_cacheEnabled) return 0.0f;
+    touch();
+    if (!InRange(field)) return 0.0f;
+    const FieldSlot& slot = FieldSlotOf(field);
+    const bool readable = slot.read == FieldRead::Float || slot.read == FieldRead::IntAsFloat;
+    const unsigned char* place = readable && isPresent(field) ? placeOf(field, false) : nullptr;
+    if (!place) {
+        SetError(error, -4);
+        return 0.0f;
+    }
+    SetError(error, 0);
+    if (slot.read == FieldRead::IntAsFloat) return static_cast<float>(ReadInt(slot.kind, place));
+    float value;
+    std::memcpy(&value, place, sizeof(value));
+    return value;
+}
+
+const char* SecCacheEntry::getSecString(int field, long* error) {
+    if (!s_cacheEnabled) return nullptr;
+    touch();
+    if (!InRange(field)) return nullptr;
+    const FieldSlot& slot = FieldSlotOf(field);
+    const unsigned char* place =
+        slot.read == FieldRead::String && isPresent(field) ? placeOf(field, false) : nullptr;
+    if (!place) {
+        SetError(error, -4);
+        return nullptr;
+    }
+    SetError(error, 0);
+    return reinterpret_cast<const char*>(place);
+}
+
+bool SecCacheEntry::storeSecField(unsigned long, int code, int field, int, void* data) {
+    if (!s_cacheEnabled) return false;
+    if (code < 0) {
+        // The service rejected the symbol: its fields drop out of view; the bytes remain.
+        m_record->presence = Bit(kClosedBit);
+        return false;
+    }
+    m_record->lastStore = static_cast<uint32_t>(s_cacheNow);
+    if (!InRange(field)) return true;
+    m_record->presence |= Bit(field);
+    if (field == 0) {
+        m_record->presence &= ~Bit(kClosedBit);  // a rejected symbol recovers here
+        return true;
+    }
+    const FieldSlot& slot = FieldSlotOf(field);
+    // Field 1 is the key and stores nothing; a callback without data stores nothing either.
+    if (field == 1 || !data) return true;
+    unsigned char* place = placeOf(field, true);
+    if (!place) return true;
+    switch (slot.kind) {
+        case FieldKind::Text: {
+            char* text = reinterpret_cast<char*>(place);
+            std::strncpy(text, static_cast<const char*>(data), slot.capacity - 1u);
+            text[slot.capacity - 1] = '\0';
+            break;
+        }
+        case FieldKind::Float: {
+            // Field 4 arrives as a double; every other float as a float.
+            const float value = field == 4 ? static_cast<float>(*static_cast<const double*>(data))
+                                           : *static_cast<const float*>(data);
+            std::memcpy(place, &value, sizeof(value));
+            break;
+        }
+        case FieldKind::Byte:
+            *place = static_cast<uint8_t>(*static_cast<const int32_t*>(data));
+            break;
+        case FieldKind::U16:
+        case FieldKind::S16: {
+            const uint16_t value = static_cast<uint16_t>(*static_cast<const int32_t*>(data));
+            std::memcpy(place, &value, sizeof(value));
+            break;
+        }
+        case FieldKind::I32:
+            std::memcpy(place, data, sizeof(int32_t));
+            break;
+        case FieldKind::None:
+            break;
+    }
+    return true;
+}
+
+bool SecCacheEntry::sessionInfo(SESSION_INFO*& session, HOLIDAYS_INFO*& holidays) {
+    session = &m_record->session;
+    holidays = nullptr;  // holidays are not cached
+    return m_record->session.size != 0;
+}
+
+void SecCacheEntry::applySecChange(const RTSecChange* change) {
+    if (!change || change->kind != 'S') return;
+    m_record->presence = 0;
+    // This build keeps no intraday stores, so no store or .tik root is open to close first.
+    qvnrt::platform::DeleteFile(TickFilePath(m_record->symbol));
+    m_record->tikTime = 0;  // the recorded size stays as it was
+}
+
+}  // namespace RTSecCache

@@ -1,0 +1,61 @@
+// SecCacheEntry: what a bound security points at for its symbol. It lives while at least
+// one security is bound to the symbol, and reads and writes the symbol's records in place.
+#pragma once
+
+#include <set>
+
+#include <qvnrt/driver.h>
+
+#include "store/SecData.h"
+
+class RTSec_Base;
+class RTSessSecurity;
+
+namespace RTSecCache {
+
+class MinuteStore;
+class TickStore;
+
+class SecCacheEntry {
+public:
+    explicit SecCacheEntry(SecData1* record) : m_record(record) {}
+    SecCacheEntry(const SecCacheEntry&) = delete;
+    SecCacheEntry& operator=(const SecCacheEntry&) = delete;
+
+    // Reads by field id. -4 in the error word when the field is absent or is not read by
+    // this call; an id outside 0 to 59 gives zero or null and leaves the error word alone.
+    int getSecInt(int field, long* error);
+    float getSecFloat(int field, long* error);
+    const char* getSecString(int field, long* error);
+
+    // Writes one field of a driver callback through to the records. A negative code is a
+    // rejection: every field drops out of view and the closed bit is set. Field 0 (the end of
+    // a batch) clears the closed bit again.
+    bool storeSecField(unsigned long handle, int code, int field, int type, void* data);
+
+    // The symbol's SecData2, made on first use; null when Sec2.dat has no room.
+    SecData2* secData2();
+
+    bool isClosed() const;
+    bool isPresent(int field) const;
+    // The record's session rules, and null holidays; true when the rules are filled in.
+    bool sessionInfo(SESSION_INFO*& session, HOLIDAYS_INFO*& holidays);
+    // A change of kind "S" clears everything cached for the symbol.
+    void applySecChange(const RTSecChange* change);
+
+    SecData1* m_record;                          // the node's key too; moved by rebase
+    std::set<RTSec_Base*> m_objects;             // kept empty
+    // Found by any RTSec_Base address too, so that a closing security can leave it.
+    std::set<RTSessSecurity*, std::less<>> m_sessionListeners;
+    MinuteStore* m_pMinuteStore = nullptr;
+    TickStore* m_pTickStore = nullptr;
+    int m_refCount = 0;
+    void* m_pRootStorage = nullptr;              // the open .tik file, null when none
+
+private:
+    void touch();
+    // The address of a field's bytes, or null when it has no storage (or no SecData2).
+    unsigned char* placeOf(int field, bool allocate);
+};
+
+}  // namespace RTSecCache

@@ -1,0 +1,5 @@
+#include "store/SecChangeDatabase.h"
+
+long GetRTSecChangeTimestamp() { return 0; }
+
+bool SetRTSecChangeInfo(long, int, RTSecChange*) { return true; }

@@ -1,0 +1,153 @@
+// The cache timer: its place on the main loop, the 150 ms rule, the heartbeat, and the
+// delivery of buffered end-of-day records.
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <qvnrt/RTSecCache.h>
+#include <qvnrt/RTSecurity.h>
+
+#include "store/PendingEod.h"
+#include "store/SecCache.h"
+#include "support/FakeSession.h"
+#include "support/ManualClock.h"
+#include "support/RecordingListener.h"
+
+namespace {
+
+using qvnrt::test::ManualClock;
+using qvnrt::test::RecordingListener;
+
+class CacheTimer : public ::testing::Test {
+protected:
+    void SetUp() override { RTServer::InitCache(true, session.cacheDir.path().c_str(), 5, 0); }
+
+    int Heartbeats() const {
+        int count = 0;
+        for (const auto& event : listener.events) count += event == "HeartBeatTick";
+        return count;
+    }
+
+    qvnrt::test::FakeSession session;
+    RecordingListener listener;
+};
+
+TEST_F(CacheTimer, StartsWithTheFirstOpenAndTicksThroughTheMainLoop) {
+    qvnrt::PollLoop loop;
+    qvnrt::SetMainLoop(&loop);
+    loop.runFor(400);
+    EXPECT_EQ(0, Heartbeats());  // no security opened the cache yet
+    RTSec_Base security;
+    ASSERT_TRUE(security.OpenRTSec("IBM"));
+    loop.runFor(1000);
+    EXPECT_GE(Heartbeats(), 2);
+    EXPECT_LE(Heartbeats(), 4);
+    qvnrt::SetMainLoop(nullptr);
+}
+
+TEST_F(CacheTimer, TicksCloserThan150MillisecondsOnlyRefreshTheClock) {
+    ManualClock clock(5000, 1000);
+    RTSecCache::CacheTimerProc(nullptr, 0, 0, 1000);
+    EXPECT_EQ(1, Heartbeats());
+    EXPECT_EQ(1000u, RTSecCache::s_cacheLastTick);  // the tick count at the finish
+
+    clock.now = 5001;
+    RTSecCache::CacheTimerProc(nullptr, 0, 0, 1149);
+    EXPECT_EQ(1, Heartbeats());
+    EXPECT_EQ(5001, RTSecCache::s_cacheNow);
+
+    RTSecCache::CacheTimerProc(nullptr, 0, 0, 1150);
+    EXPECT_EQ(2, Heartbeats());
+
+    // The tick count wraps at 32 bits; the difference is taken unsigned.
+    clock.ticks = 0xFFFFFFF0u;
+    RTSecCache::CacheTimerProc(nullptr, 0, 0, 0xFFFFFFF0u);  // far from 1000: effective
+    EXPECT_EQ(3, Heartbeats());
+    RTSecCache::CacheTimerProc(nullptr, 0, 0, 100);  // 116 ms after the wrap
+    EXPECT_EQ(3, Heartbeats());
+    RTSecCache::CacheTimerProc(nullptr, 0, 0, 200);
+    EXPECT_EQ(4, Heartbeats());
+}
+
+TEST_F(CacheTimer, HeartbeatComesBeforeTheBusyFlag) {
+    ManualClock clock(5000, 1000);
+    std::vector<bool> busyDuringHeartbeat;
+    listener.after = [&](const std::string&) {
+        busyDuringHeartbeat.push_back(RTSecCache::s_cacheTimerBusy);
+    };
+    RTSecCache::CacheTimerProc(nullptr, 0, 0, 1000);
+    EXPECT_EQ(std::vector<bool>{false}, busyDuringHeartbeat);
+    EXPECT_FALSE(RTSecCache::s_cacheTimerBusy);
+}
+
+// A security that can be held back, and records what it is given.
+class EodOwner : public RTSecurity {
+public:
+    struct Call {
+        int count;
+        int flags;
+        uint32_t firstDate;
+    };
+    bool IsReadyForRTCallback() override { return ready; }
+    bool ReqEODCallback(unsigned long, int count, int flags, RTPRICEREC* records) override {
+        calls.push_back({count, flags, records ? records[0].date : 0});
+        return true;
+    }
+    bool ready = true;
+    std::vector<Call> calls;
+};
+
+RTSecCache::PendingEodEntry Pending(std::vector<uint32_t> dates, bool complete, bool ended) {
+    RTSecCache::PendingEodEntry entry;
+    entry.complete = complete;
+    entry.ended = ended;
+    for (uint32_t date : dates) entry.records.push_back(RTPRICEREC{date, 0, 1, 1, 1, 1, 1});
+    return entry;
+}
+
+TEST_F(CacheTimer, BufferedEndOfDayRecordsWaitForAReadySecurity) {
+    ManualClock clock(5000, 1000);
+    EodOwner owner;
+    owner.ready = false;
+    RTSecCache::s_pendingEod[&owner] = Pending({10, 11, 12}, false, false);
+    RTSecCache::CacheTimerProc(nullptr, 0, 0, 1000);
+    EXPECT_TRUE(owner.calls.empty());
+    ASSERT_EQ(1u, RTSecCache::s_pendingEod.count(&owner));
+
+    owner.ready = true;
+    RTSecCache::CacheTimerProc(nullptr, 0, 0, 2000);
+    // Not final: all but the first, then the first alone with flags 0.
+    ASSERT_EQ(2u, owner.calls.size());
+    EXPECT_EQ(2, owner.calls[0].count);
+    EXPECT_EQ(1, owner.calls[0].flags);
+    EXPECT_EQ(11u, owner.calls[0].firstDate);
+    EXPECT_EQ(1, owner.calls[1].count);
+    EXPECT_EQ(0, owner.calls[1].flags);
+    EXPECT_EQ(10u, owner.calls[1].firstDate);
+    EXPECT_EQ(0u, RTSecCache::s_pendingEod.count(&owner));
+}
+
+TEST_F(CacheTimer, EndedHistoryIsDeliveredWholeWithItsEndMark) {
+    ManualClock clock(5000, 1000);
+    EodOwner owner, empty;
+    RTSecCache::s_pendingEod[&owner] = Pending({10, 11}, true, true);
+    RTSecCache::s_pendingEod[&empty] = Pending({}, true, true);
+    RTSecCache::CacheTimerProc(nullptr, 0, 0, 1000);
+    ASSERT_EQ(2u, owner.calls.size());
+    EXPECT_EQ(2, owner.calls[0].count);
+    EXPECT_EQ(10u, owner.calls[0].firstDate);
+    EXPECT_EQ(0, owner.calls[1].count);
+    EXPECT_EQ(-1, owner.calls[1].flags);
+    ASSERT_EQ(1u, empty.calls.size());
+    EXPECT_EQ(0, empty.calls[0].count);
+    EXPECT_EQ(-1, empty.calls[0].flags);
+}
+
+TEST_F(CacheTimer, ClosingTheRequestDropsWhatWasBuffered) {
+    EodOwner owner;
+    RTSecCache::s_pendingEod[&owner] = Pending({10}, true, false);
+    owner.CloseSecurity();
+    EXPECT_EQ(0u, RTSecCache::s_pendingEod.count(&owner));
+}
+
+}  // namespace

@@ -1,0 +1,365 @@
+// The security cache: write-through of every field, reads, offline replay, sharing,
+// persistence and growth.
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cstring>
+#include <fstream>
+#include <memory>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include <qvnrt/RTSecurity.h>
+
+#include "store/SecCache.h"
+#include "store/SecCacheEntry.h"
+#include "support/FakeSession.h"
+#include "support/RecordingSecurity.h"
+
+namespace {
+
+using qvnrt::test::RecordingSecurity;
+
+enum class Kind { Text, Byte, U16, S16, I32, Float };
+struct Place {
+    int field;
+    int file;  // 1 or 2
+    int offset;
+    Kind kind;
+};
+
+// Where each field lies in the records, as the file format documents it.
+const Place kPlaces[] = {
+    {2, 1, 20, Kind::Text},    {3, 1, 52, Kind::Byte},    {7, 1, 53, Kind::Byte},
+    {8, 1, 54, Kind::Byte},    {58, 1, 55, Kind::Byte},   {10, 1, 96, Kind::Float},
+    {11, 1, 100, Kind::Float}, {12, 1, 104, Kind::Float}, {5, 1, 112, Kind::Float},
+    {15, 1, 116, Kind::I32},   {27, 1, 120, Kind::Float}, {28, 1, 124, Kind::Float},
+    {49, 1, 128, Kind::Byte},  {50, 1, 129, Kind::Byte},  {51, 1, 130, Kind::Byte},
+    {52, 1, 131, Kind::Byte},  {4, 1, 132, Kind::Float},  {16, 1, 136, Kind::I32},
+    {57, 1, 140, Kind::I32},   {9, 1, 144, Kind::Byte},   {21, 1, 146, Kind::U16},
+    {26, 1, 148, Kind::I32},   {6, 1, 152, Kind::I32},    {13, 1, 156, Kind::Float},
+    {14, 1, 160, Kind::Float}, {19, 1, 164, Kind::Byte},  {20, 1, 165, Kind::Byte},
+    {17, 1, 166, Kind::U16},   {18, 1, 168, Kind::U16},   {59, 1, 170, Kind::S16},
+    {33, 1, 176, Kind::Float}, {31, 1, 180, Kind::Float}, {53, 1, 184, Kind::Float},
+    {32, 1, 188, Kind::Float}, {55, 1, 192, Kind::Float}, {34, 1, 196, Kind::Float},
+    {35, 1, 200, Kind::Byte},  {36, 1, 201, Kind::Byte},  {38, 1, 202, Kind::Byte},
+    {54, 1, 204, Kind::Float}, {56, 1, 208, Kind::I32},   {46, 1, 212, Kind::Byte},
+    {41, 2, 4, Kind::Text},    {42, 2, 24, Kind::Text},   {47, 2, 44, Kind::I32},
+    {37, 2, 48, Kind::Float},  {40, 2, 52, Kind::Float},  {39, 2, 56, Kind::I32},
+    {43, 2, 60, Kind::I32},    {44, 2, 64, Kind::Byte},   {45, 2, 66, Kind::U16},
+    {48, 2, 68, Kind::I32},
+};
+
+int32_t IntValue(const Place& p) {
+    switch (p.kind) {
+        case Kind::Byte: return 100 + p.field;
+        case Kind::U16: return 40000 + p.field;
+        case Kind::S16: return -10 * p.field;
+        default: return 1000 * p.field + 7;
+    }
+}
+float FloatValue(int field) { return static_cast<float>(field) + 0.25f; }
+std::string TextValue(int field) { return "T" + std::to_string(field); }
+
+std::string ReadFile(const std::string& path) {
+    std::ifstream in(path, std::ios::binary);
+    return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
+}
+
+class SecCacheTest : public ::testing::Test {
+protected:
+    void SetUp() override {
+        RTServer::InitCache(true, session.cacheDir.path().c_str(), 5, 0);
+        ASSERT_TRUE(session.Connect());
+    }
+
+    // Sends one field the way a driver does, with the data type of its kind.
+    void Send(unsigned long handle, const Place& p) {
+        if (p.kind == Kind::Text) {
+            session.fake.fireSecurityText(handle, p.field, TextValue(p.field));
+        } else if (p.kind == Kind::Float) {
+            if (p.field == 4) {
+                session.fake.fireSecurityDouble(handle, 4, FloatValue(4));
+            } else {
+                session.fake.fireSecurityFloat(handle, p.field, FloatValue(p.field));
+            }
+        } else {
+            session.fake.fireSecurityInt(handle, p.field, IntValue(p));
+        }
+    }
+
+    // The slot of `symbol` in Sec1.dat as it is on disk, or -1.
+    int SlotOf(const std::string& sec1, const std::string& symbol) {
+        for (size_t at = 4096; at + 260 <= sec1.size(); at += 260) {
+            if (std::strcmp(sec1.data() + at, symbol.c_str()) == 0) {
+                return static_cast<int>((at - 4096) / 260);
+            }
+        }
+        return -1;
+    }
+
+    std::string CacheFile(const char* name) { return session.cacheDir.file(name); }
+
+    qvnrt::test::FakeSession session;
+};
+
+TEST_F(SecCacheTest, EveryFieldIsStoredAtItsPlaceAndReadBack) {
+    RecordingSecurity security;
+    std::string allFields;
+    for (const Place& p : kPlaces) allFields += static_cast<char>(p.field);
+    security.ReqSecurity("IBM", allFields.data(), static_cast<RTSecurityType>(1), 1, 0);
+    const unsigned long handle = security.m_request;
+    for (const Place& p : kPlaces) Send(handle, p);
+    session.fake.fireSecurityEnd(handle);
+    ASSERT_TRUE(security.IsOpen());
+
+    for (const Place& p : kPlaces) {
+        SCOPED_TRACE("field " + std::to_string(p.field));
+        long error = 99;
+        switch (p.kind) {
+            case Kind::Text:
+                EXPECT_STREQ(TextValue(p.field).c_str(), security.GetSecString(p.field, &error));
+                break;
+            case Kind::Float:
+                EXPECT_EQ(FloatValue(p.field), security.GetSecFloat(p.field, &error));
+                break;
+            default:
+                EXPECT_EQ(IntValue(p) & (p.kind == Kind::Byte ? 0xFF : -1),
+                          security.GetSecInt(p.field, &error));
+        }
+        EXPECT_EQ(0, error);
+    }
+    long error = 0;
+    EXPECT_EQ(15007.0f, security.GetSecFloat(15, &error));  // the integer, as a float
+    EXPECT_STREQ("IBM", security.GetSecString(1, &error));
+
+    // The bytes on disk, at the documented offsets and widths.
+    const std::string sec1 = ReadFile(CacheFile("Sec1.dat"));
+    const std::string sec2 = ReadFile(CacheFile("Sec2.dat"));
+    const int slot = SlotOf(sec1, "IBM");
+    ASSERT_GE(slot, 0);
+    const char* record1 = sec1.data() + 4096 + slot * 260;
+    int32_t index2 = -1;
+    std::memcpy(&index2, record1 + 224, 4);
+    ASSERT_GE(index2, 0);
+    ASSERT_LE(4096 + (index2 + 1) * 72, static_cast<int>(sec2.size()));
+    const char* record2 = sec2.data() + 4096 + index2 * 72;
+    for (const Place& p : kPlaces) {
+        SCOPED_TRACE("field " + std::to_string(p.field));
+        const char* at = (p.file == 1 ? record1 : record2) + p.offset;
+        switch (p.kind) {
+            case Kind::Text: EXPECT_STREQ(TextValue(p.field).c_str(), at); break;
+            case Kind::Float: {
+                float value;
+                std::memcpy(&value, at, 4);
+                EXPECT_EQ(FloatValue(p.field), value);
+                break;
+            }
+            case Kind::Byte: EXPECT_EQ(IntValue(p) & 0xFF, static_cast<unsigned char>(*at)); break;
+            case Kind::U16:
+            case Kind::S16: {
+                int16_t value;
+                std::memcpy(&value, at, 2);
+                EXPECT_EQ(static_cast<int16_t>(IntValue(p)), value);
+                break;
+            }
+            case Kind::I32: {
+                int32_t value;
+                std::memcpy(&value, at, 4);
+                EXPECT_EQ(IntValue(p), value);
+                break;
+            }
+        }
+    }
+    uint64_t presence;
+    std::memcpy(&presence, record1 + 216, 8);
+    for (const Place& p : kPlaces) EXPECT_TRUE(presence & (uint64_t{1} << p.field)) << p.field;
+    EXPECT_FALSE(presence & 1u);  // not closed
+}
+
+TEST_F(SecCacheTest, ReadErrors) {
+    RTSecurity security;
+    security.OpenSecurity("IBM", static_cast<RTSecurityType>(1), 1, 0);
+    session.fake.fireSecurityDouble(security.m_request, 4, 12.5);
+    session.fake.fireSecurityEnd(security.m_request);
+    long error = 99;
+    EXPECT_EQ(0, security.GetSecInt(9, &error));  // never received
+    EXPECT_EQ(-4, error);
+    error = 99;
+    EXPECT_EQ(0, security.GetSecInt(4, &error));  // present, but not an integer field
+    EXPECT_EQ(-4, error);
+    error = 99;
+    EXPECT_EQ(nullptr, security.GetSecString(4, &error));
+    EXPECT_EQ(-4, error);
+    error = 99;
+    EXPECT_EQ(0, security.GetSecInt(60, &error));  // outside the presence bits
+    EXPECT_EQ(99, error);                          // the error word is left alone
+    EXPECT_EQ(0.0f, security.GetSecFloat(200, &error));
+    EXPECT_EQ(99, error);
+    EXPECT_EQ(0, security.GetSecInt(22, &error));  // a field without storage
+    EXPECT_EQ(-4, error);
+}
+
+TEST_F(SecCacheTest, RejectionHidesEverythingUntilTheNextBatch) {
+    RTSecurity security;
+    security.OpenSecurity("IBM", static_cast<RTSecurityType>(1), 1, 0);
+    const unsigned long handle = security.m_request;
+    session.fake.fireSecurityText(handle, 2, "name");
+    session.fake.fireSecurityFloat(handle, 5, 1.5f);
+    session.fake.fireSecurityEnd(handle);
+    ASSERT_TRUE(security.IsOpen());
+
+    session.fake.fireSecurity(handle, -1, 0, 0, nullptr);  // rejected
+    EXPECT_FALSE(security.IsOpen());
+    long error = 0;
+    EXPECT_EQ(nullptr, security.GetSecString(2, &error));
+    EXPECT_EQ(-4, error);
+
+    security.OpenSecurity("IBM", static_cast<RTSecurityType>(1), 1, 0);
+    session.fake.fireSecurityFloat(security.m_request, 5, 2.5f);
+    session.fake.fireSecurityEnd(security.m_request);
+    EXPECT_TRUE(security.IsOpen());
+    EXPECT_EQ(2.5f, security.GetSecFloat(5, &error));
+    EXPECT_EQ(nullptr, security.GetSecString(2, &error));  // only the new fields are back
+    EXPECT_EQ(-4, error);
+}
+
+TEST_F(SecCacheTest, LongSymbolsAreCutTo19Characters) {
+    RTSec_Base security;
+    ASSERT_TRUE(security.OpenRTSec("ABCDEFGHIJKLMNOPQRSTUVWXYZ"));
+    EXPECT_STREQ("ABCDEFGHIJKLMNOPQRS", security.GetSecString(1, nullptr));
+    RTSec_Base cut;
+    ASSERT_TRUE(cut.OpenRTSec("ABCDEFGHIJKLMNOPQRS"));
+    EXPECT_EQ(security.m_pCacheEntry, cut.m_pCacheEntry);
+    RTSec_Base other;
+    ASSERT_TRUE(other.OpenRTSec("ABCDEFGHIJKLMNOPQR"));
+    EXPECT_NE(security.m_pCacheEntry, other.m_pCacheEntry);
+}
+
+TEST_F(SecCacheTest, TwoSecuritiesShareOneEntry) {
+    auto first = std::make_unique<RTSecurity>();
+    RTSecurity second;
+    first->OpenSecurity("IBM", static_cast<RTSecurityType>(1), 1, 0);
+    second.OpenSecurity("IBM", static_cast<RTSecurityType>(1), 1, 0);
+    ASSERT_EQ(first->m_pCacheEntry, second.m_pCacheEntry);
+    EXPECT_EQ(2, second.m_pCacheEntry->m_refCount);
+    session.fake.fireSecurityText(first->m_request, 2, "shared");
+    session.fake.fireSecurityEnd(first->m_request);
+    first.reset();
+    EXPECT_EQ(1, second.m_pCacheEntry->m_refCount);
+    EXPECT_STREQ("shared", second.GetSecString(2, nullptr));
+}
+
+TEST_F(SecCacheTest, OfflineOpenReplaysTheRecord) {
+    {
+        RTSecurity writer;
+        writer.OpenSecurity("IBM", static_cast<RTSecurityType>(1), 1, 0);
+        session.fake.fireSecurityInt(writer.m_request, 8, 3);
+        session.fake.fireSecurityText(writer.m_request, 2, "Machines");
+        session.fake.fireSecurityFloat(writer.m_request, 5, 99.5f);
+        session.fake.fireSecurityDouble(writer.m_request, 4, 101.25);
+        session.fake.fireSecurityEnd(writer.m_request);
+    }
+    RTServer::Disconnect();
+
+    RecordingSecurity reader;
+    char fields[] = {8, 2, 5, 4, 9, 0};  // 9 was never received: skipped
+    reader.ReqSecurity("IBM", fields, static_cast<RTSecurityType>(1), 1, 0);
+    EXPECT_EQ(-1, reader.GetLastError());
+    ASSERT_EQ(4u, reader.fields.size());
+    EXPECT_EQ(8, reader.fields[0].field);
+    EXPECT_EQ(RTDATA_INT, reader.fields[0].dataType);
+    EXPECT_EQ(RTDATA_TEXT, reader.fields[1].dataType);
+    EXPECT_EQ(RTDATA_FLOAT, reader.fields[2].dataType);
+    EXPECT_EQ(4, reader.fields[3].field);
+    EXPECT_EQ(RTDATA_DOUBLE, reader.fields[3].dataType);
+    EXPECT_EQ(1, reader.changed);
+    EXPECT_EQ(3, reader.m_exchange);
+    EXPECT_STREQ("Machines", reader.m_strName);
+    EXPECT_EQ(101.25f, reader.m_lastTrade);
+
+    // An empty field string still ends with OnSecChanged.
+    RecordingSecurity empty;
+    empty.SetDefaultFields("");
+    empty.ReqSecurity("IBM", nullptr, static_cast<RTSecurityType>(1), 1, 0);
+    EXPECT_TRUE(empty.fields.empty());
+    EXPECT_EQ(1, empty.changed);
+    EXPECT_EQ(1, session.fake.count("clientReqSecurities"));  // the writer's only
+}
+
+TEST_F(SecCacheTest, OfflineOpenOfAClosedRecordCallsOnSecClosed) {
+    {
+        RTSecurity writer;
+        writer.OpenSecurity("BAD", static_cast<RTSecurityType>(1), 1, 0);
+        session.fake.fireSecurity(writer.m_request, -2, 0, 0, nullptr);
+    }
+    RTServer::Disconnect();
+    RecordingSecurity reader;
+    reader.OpenSecurity("BAD", static_cast<RTSecurityType>(1), 1, 0);
+    EXPECT_EQ(1, reader.closed);
+    EXPECT_EQ(0, reader.changed);
+}
+
+TEST_F(SecCacheTest, RecordSurvivesTheProcess) {
+    // A child process writes through the cache and ends; this one then reads offline.
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        RTSecurity writer;
+        writer.OpenSecurity("KEPT", static_cast<RTSecurityType>(1), 1, 0);
+        session.fake.fireSecurityText(writer.m_request, 2, "from the child");
+        session.fake.fireSecurityEnd(writer.m_request);
+        writer.CloseSecurity();
+        std::exit(0);  // runs the unload: the files are flushed and their lock released
+    }
+    int status = 0;
+    ASSERT_EQ(child, ::waitpid(child, &status, 0));
+    ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+
+    std::ostringstream log;
+    auto* saved = std::clog.rdbuf(log.rdbuf());
+    RTServer::Disconnect();
+    RecordingSecurity reader;
+    char fields[] = {2, 0};
+    reader.ReqSecurity("KEPT", fields, static_cast<RTSecurityType>(1), 1, 0);
+    std::clog.rdbuf(saved);
+    EXPECT_STREQ("from the child", reader.m_strName);
+    EXPECT_EQ("", log.str());  // closed cleanly: no lock count to report
+}
+
+TEST_F(SecCacheTest, GrowthKeepsEveryOpenRecordValid) {
+    std::vector<std::unique_ptr<RTSec_Base>> open;
+    for (int i = 0; i < 1100; ++i) {
+        open.push_back(std::make_unique<RTSec_Base>());
+        ASSERT_TRUE(open.back()->OpenRTSec(("S" + std::to_string(i)).c_str()));
+    }
+    for (int i = 0; i < 1100; ++i) {
+        ASSERT_STREQ(("S" + std::to_string(i)).c_str(), open[i]->GetSecString(1, nullptr));
+    }
+    const std::string sec1 = ReadFile(CacheFile("Sec1.dat"));
+    EXPECT_EQ(4096u + 2048u * 260u, sec1.size());
+}
+
+TEST_F(SecCacheTest, CacheThatCannotBeMappedTurnsItselfOff) {
+    session.cacheDir.write("file", "not a directory");
+    RTServer::InitCache(true, session.cacheDir.file("file/cache").c_str(), 5, 0);
+    std::ostringstream log;
+    auto* saved = std::clog.rdbuf(log.rdbuf());
+    RTSec_Base first, second;
+    EXPECT_FALSE(first.OpenRTSec("IBM"));
+    EXPECT_FALSE(second.OpenRTSec("MSFT"));
+    std::clog.rdbuf(saved);
+    EXPECT_FALSE(RTServer::IsCacheEnabled());
+    const std::string text = log.str();
+    const std::string notice = "disabled for this session";
+    ASSERT_NE(std::string::npos, text.find(notice));
+    EXPECT_EQ(text.find(notice), text.rfind(notice));  // said once
+    long error = 0;
+    EXPECT_EQ(0, first.GetSecInt(3, &error));
+    EXPECT_EQ(-2, error);
+}
+
+}  // namespace
