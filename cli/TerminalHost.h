@@ -1,0 +1,27 @@
+// The UI host of the command-line program: messages go to standard error, questions get
+// their safe answer, and panels are not shown.
+#pragma once
+
+#include <qvnrt/host.h>
+
+namespace qvnrt::cli {
+
+class TerminalHost : public UiHost {
+public:
+    TerminalHost() : m_previous(SetUiHost(this)) {}
+    ~TerminalHost() override { SetUiHost(m_previous); }
+    TerminalHost(const TerminalHost&) = delete;
+    TerminalHost& operator=(const TerminalHost&) = delete;
+
+    int MessageBox(const char* text, const char* caption, unsigned style,
+                   unsigned helpId) override;
+    int RunModal(Panel& panel) override;
+    void BeginWaitCursor() override {}
+    void EndWaitCursor() override {}
+    bool OpenUrl(const char* url) override;
+
+private:
+    UiHost* m_previous;
+};
+
+}  // namespace qvnrt::cli

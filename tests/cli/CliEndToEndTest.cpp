@@ -1,0 +1,92 @@
+// qvnrt-cli against the simulation driver: quotes stream and print, and after the
+// connection has ended the cache serves the same fields.
+#include <cstdio>
+#include <map>
+#include <sstream>
+#include <string>
+
+#include <gtest/gtest.h>
+
+#include "support/TempDir.h"
+
+namespace {
+
+struct CliRun {
+    int status = -1;
+    std::string output;
+};
+
+class CliEndToEnd : public ::testing::Test {
+protected:
+    // Runs the program in a directory of the test's (where its cache goes), with a
+    // configuration of its own and the given simulation settings.
+    CliRun Cli(const std::string& arguments, const qvnrt::test::TempDir& directory,
+            const std::string& simulation = "QVNSIM_SEED=7") {
+        const std::string command = "cd '" + directory.path() + "' && QVNRT_HOME='" +
+                                    home.path() + "' " + simulation + " '" QVNRT_CLI_PATH "' " +
+                                    arguments + " 2>/dev/null";
+        CliRun run;
+        FILE* pipe = ::popen(command.c_str(), "r");
+        if (!pipe) return run;
+        char buffer[4096];
+        for (size_t got; (got = std::fread(buffer, 1, sizeof(buffer), pipe)) > 0;) {
+            run.output.append(buffer, got);
+        }
+        run.status = ::pclose(pipe);
+        return run;
+    }
+
+    // The board's rows by symbol.
+    static std::map<std::string, std::string> Rows(const std::string& output) {
+        std::map<std::string, std::string> rows;
+        std::istringstream lines(output);
+        for (std::string line; std::getline(lines, line);) {
+            const std::string symbol = line.substr(0, line.find(' '));
+            if (!symbol.empty() && symbol != "SYMBOL") rows[symbol] = line;
+        }
+        return rows;
+    }
+
+    qvnrt::test::TempDir work;
+    qvnrt::test::TempDir home;
+};
+
+TEST_F(CliEndToEnd, QuotesStreamAndTheCacheServesThemOffline) {
+    const CliRun quotes = Cli("quotes ACME EURUSD UST10Y --seconds 2", work);
+    ASSERT_EQ(0, quotes.status) << quotes.output;
+    const auto live = Rows(quotes.output);
+    ASSERT_EQ(3u, live.size()) << quotes.output;
+    for (const auto& [symbol, row] : live) {
+        EXPECT_EQ(std::string::npos, row.find(" - ")) << "a field is missing: " << row;
+    }
+    EXPECT_NE(std::string::npos, live.at("UST10Y").find("/32")) << "bonds show 32nds";
+
+    // The connection is gone (the program disconnected at its end); the cache remains.
+    const CliRun offline = Cli("snapshot ACME EURUSD UST10Y --offline", work);
+    ASSERT_EQ(0, offline.status) << offline.output;
+    EXPECT_EQ(live, Rows(offline.output));
+}
+
+TEST_F(CliEndToEnd, UnknownSymbolsAndMissingDriversAreReported) {
+    const CliRun unknown = Cli("snapshot NOSUCH", work);
+    EXPECT_NE(0, unknown.status);
+    EXPECT_NE(std::string::npos, unknown.output.find("NOSUCH  unknown symbol"));
+
+    const CliRun noDriver = Cli("--driver /no/such/driver.so quotes ACME --seconds 1", work);
+    EXPECT_NE(0, noDriver.status);
+    EXPECT_EQ(std::string::npos, noDriver.output.find("ACME"));
+}
+
+TEST_F(CliEndToEnd, TheSimulationIsTheSameForTheSameSeed) {
+    // Each run has a fresh cache, so both ask the driver; the simulation moves only when the
+    // library dispatches it, so wall-clock timing cannot change what it sends.
+    qvnrt::test::TempDir other;
+    const std::string settings = "QVNSIM_SEED=11 QVNSIM_SPEED_MS=0";
+    const CliRun first = Cli("snapshot ACME GBPUSD @OIL", work, settings);
+    const CliRun second = Cli("snapshot ACME GBPUSD @OIL", other, settings);
+    ASSERT_EQ(0, first.status);
+    EXPECT_EQ(first.output, second.output);
+    EXPECT_EQ(3u, Rows(first.output).size());
+}
+
+}  // namespace
