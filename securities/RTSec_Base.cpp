@@ -42,24 +42,32 @@ RTSec_Base::RTSec_Base()
     LiveSecurities::Insert(this);
 }
 
+namespace {
+
+// Everything but the cache record, which the copy and the assignment share by reference.
+void CopyValues(RTSec_Base& to, const RTSec_Base& from) {
+    to.m_flags = from.m_flags;
+    to.m_request = from.m_request;
+    to.m_delivered = from.m_delivered;
+    to.m_bitFlags = from.m_bitFlags;
+    to.m_exchange = from.m_exchange;
+    to.m_tickDirection = from.m_tickDirection;
+    to.m_strSymbol = from.m_strSymbol;
+    to.m_strName = from.m_strName;
+    to.m_assetType = from.m_assetType;
+    to.m_field58 = from.m_field58;
+    to.m_lastTrade = from.m_lastTrade;
+    to.m_prevClose = from.m_prevClose;
+}
+
+}  // namespace
+
 // The copy shares the cache record, so it takes a reference of its own on it: each of the
 // two releases it once when it closes.
-RTSec_Base::RTSec_Base(const RTSec_Base& other)
-    : m_flags(other.m_flags),
-      m_request(other.m_request),
-      m_pCacheEntry(other.m_pCacheEntry),
-      m_delivered(other.m_delivered),
-      m_bitFlags(other.m_bitFlags),
-      m_exchange(other.m_exchange),
-      m_tickDirection(other.m_tickDirection),
-      m_strSymbol(other.m_strSymbol),
-      m_strName(other.m_strName),
-      m_assetType(other.m_assetType),
-      m_field58(other.m_field58),
-      m_lastTrade(other.m_lastTrade),
-      m_prevClose(other.m_prevClose) {
+RTSec_Base::RTSec_Base(const RTSec_Base& other) : RTSec_Base() {
+    CopyValues(*this, other);
+    m_pCacheEntry = other.m_pCacheEntry;
     if (m_pCacheEntry) ++m_pCacheEntry->m_refCount;
-    LiveSecurities::Insert(this);
 }
 
 RTSec_Base& RTSec_Base::operator=(const RTSec_Base& other) {
@@ -69,18 +77,7 @@ RTSec_Base& RTSec_Base::operator=(const RTSec_Base& other) {
         m_pCacheEntry = other.m_pCacheEntry;
         if (m_pCacheEntry) ++m_pCacheEntry->m_refCount;
     }
-    m_flags = other.m_flags;
-    m_request = other.m_request;
-    m_delivered = other.m_delivered;
-    m_bitFlags = other.m_bitFlags;
-    m_exchange = other.m_exchange;
-    m_tickDirection = other.m_tickDirection;
-    m_strSymbol = other.m_strSymbol;
-    m_strName = other.m_strName;
-    m_assetType = other.m_assetType;
-    m_field58 = other.m_field58;
-    m_lastTrade = other.m_lastTrade;
-    m_prevClose = other.m_prevClose;
+    CopyValues(*this, other);
     return *this;
 }
 

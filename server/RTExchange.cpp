@@ -56,30 +56,34 @@ unsigned short RTExchange::GetExchangeStringFieldAccess(int field, char* buffer,
     return result;
 }
 
+namespace {
+
 // The numeric fields come back in the bits of the pointer.
+template <class T>
+T Numeric(RTExchange& exchange, int field, long* error) {
+    return static_cast<T>(reinterpret_cast<uintptr_t>(exchange.GetExchangeFieldAccess(field, error)));
+}
+
+}  // namespace
+
 unsigned short RTExchange::GetExchangeIndex(long* error) {
-    return static_cast<unsigned short>(
-        reinterpret_cast<uintptr_t>(GetExchangeFieldAccess(RTEXFIELD_INDEX, error)));
+    return Numeric<unsigned short>(*this, RTEXFIELD_INDEX, error);
 }
 
 short RTExchange::GetExchangeStartHour(long* error) {
-    return static_cast<short>(
-        reinterpret_cast<uintptr_t>(GetExchangeFieldAccess(RTEXFIELD_START_HOUR, error)));
+    return Numeric<short>(*this, RTEXFIELD_START_HOUR, error);
 }
 
 short RTExchange::GetExchangeStartMin(long* error) {
-    return static_cast<short>(
-        reinterpret_cast<uintptr_t>(GetExchangeFieldAccess(RTEXFIELD_START_MIN, error)));
+    return Numeric<short>(*this, RTEXFIELD_START_MIN, error);
 }
 
 short RTExchange::GetExchangeCloseHour(long* error) {
-    return static_cast<short>(
-        reinterpret_cast<uintptr_t>(GetExchangeFieldAccess(RTEXFIELD_CLOSE_HOUR, error)));
+    return Numeric<short>(*this, RTEXFIELD_CLOSE_HOUR, error);
 }
 
 short RTExchange::GetExchangeCloseMin(long* error) {
-    return static_cast<short>(
-        reinterpret_cast<uintptr_t>(GetExchangeFieldAccess(RTEXFIELD_CLOSE_MIN, error)));
+    return Numeric<short>(*this, RTEXFIELD_CLOSE_MIN, error);
 }
 
 unsigned short RTExchange::GetExchangeSuffix(char* buffer, unsigned short length, long* error) {

@@ -1,5 +1,6 @@
 #include "store/SecCacheEntry.h"
 
+#include <algorithm>
 #include <cstring>
 #include <string>
 
@@ -65,35 +66,32 @@ unsigned char* SecCacheEntry::placeOf(int field, bool allocate) {
     }
 }
 
-// An id of 60 or more is outside the presence bits: the read gives zero and, unlike a
-// missing field, leaves the error word as it was. Kept: callers rely on the difference.
+// The bytes of a present field that one of `reads` answers. Otherwise null, with -4 in the
+// error word; but an id of 60 or more, outside the presence bits, gives null and leaves the
+// error word as it was. Kept: callers rely on the difference.
+const unsigned char* SecCacheEntry::readable(int field, std::initializer_list<FieldRead> reads,
+                                             long* error) {
+    touch();
+    if (!InRange(field)) return nullptr;
+    const FieldRead read = FieldSlotOf(field).read;
+    const bool answers = std::find(reads.begin(), reads.end(), read) != reads.end();
+    const unsigned char* place = answers && isPresent(field) ? placeOf(field, false) : nullptr;
+    SetError(error, place ? 0 : -4);
+    return place;
+}
+
 int SecCacheEntry::getSecInt(int field, long* error) {
     if (!s_cacheEnabled) return 0;
-    touch();
-    if (!InRange(field)) return 0;
-    const FieldSlot& slot = FieldSlotOf(field);
-    const bool readable = slot.read == FieldRead::Int || slot.read == FieldRead::IntAsFloat;
-    const unsigned char* place = readable && isPresent(field) ? placeOf(field, false) : nullptr;
-    if (!place) {
-        SetError(error, -4);
-        return 0;
-    }
-    SetError(error, 0);
-    return ReadInt(slot.kind, place);
+    const unsigned char* place = readable(field, {FieldRead::Int, FieldRead::IntAsFloat}, error);
+    return place ? ReadInt(FieldSlotOf(field).kind, place) : 0;
 }
 
 float SecCacheEntry::getSecFloat(int field, long* error) {
     if (!s_cacheEnabled) return 0.0f;
-    touch();
-    if (!InRange(field)) return 0.0f;
+    const unsigned char* place =
+        readable(field, {FieldRead::Float, FieldRead::IntAsFloat}, error);
+    if (!place) return 0.0f;
     const FieldSlot& slot = FieldSlotOf(field);
-    const bool readable = slot.read == FieldRead::Float || slot.read == FieldRead::IntAsFloat;
-    const unsigned char* place = readable && isPresent(field) ? placeOf(field, false) : nullptr;
-    if (!place) {
-        SetError(error, -4);
-        return 0.0f;
-    }
-    SetError(error, 0);
     if (slot.read == FieldRead::IntAsFloat) return static_cast<float>(ReadInt(slot.kind, place));
     float value;
     std::memcpy(&value, place, sizeof(value));
@@ -102,17 +100,7 @@ float SecCacheEntry::getSecFloat(int field, long* error) {
 
 const char* SecCacheEntry::getSecString(int field, long* error) {
     if (!s_cacheEnabled) return nullptr;
-    touch();
-    if (!InRange(field)) return nullptr;
-    const FieldSlot& slot = FieldSlotOf(field);
-    const unsigned char* place =
-        slot.read == FieldRead::String && isPresent(field) ? placeOf(field, false) : nullptr;
-    if (!place) {
-        SetError(error, -4);
-        return nullptr;
-    }
-    SetError(error, 0);
-    return reinterpret_cast<const char*>(place);
+    return reinterpret_cast<const char*>(readable(field, {FieldRead::String}, error));
 }
 
 bool SecCacheEntry::storeSecField(unsigned long, int code, int field, int, void* data) {

@@ -2,11 +2,13 @@
 // one security is bound to the symbol, and reads and writes the symbol's records in place.
 #pragma once
 
+#include <initializer_list>
 #include <set>
 
 #include <qvnrt/driver.h>
 
 #include "store/SecData.h"
+#include "store/SecFieldTable.h"
 
 class RTSec_Base;
 class RTSessSecurity;
@@ -54,6 +56,8 @@ public:
 
 private:
     void touch();
+    const unsigned char* readable(int field, std::initializer_list<FieldRead> reads,
+                                  long* error);
     // The address of a field's bytes, or null when it has no storage (or no SecData2).
     unsigned char* placeOf(int field, bool allocate);
 };
