@@ -21,6 +21,11 @@
 #include <qvnrt/RTSecurity.h>
 #include <qvnrt/RTSessSecurity.h>
 
+// The calendar.
+#include <qvnrt/CVString.h>
+#include <qvnrt/Date.h>
+#include <qvnrt/Time.h>
+
 // Price display.
 #include <qvnrt/CDoubleToFractRep.h>
 #include <qvnrt/CFractionDisplayOptions.h>

@@ -1,0 +1,3 @@
+#include <qvnrt/CVString.h>
+
+CVString::~CVString() = default;
