@@ -131,53 +131,64 @@ bool Date::nextSession(int& session, int crossover, const SESSION_INFO* info,
 
 // ---- The edges of a bar -----------------------------------------------------------------
 
+// Steps 1 to 4 of both edges: the session that holds the instant by the clock, the
+// crossover, the instant's fields, and whether the session is live: on a trading day that no
+// holiday closes, and, on a shortened day, before the new end. Writes the opening log line.
+bool Date::placeInPeriod(const char* edge, int weight, const SESSION_INFO* info,
+                         const HOLIDAYS_INFO* holidays, uint8_t zone, PeriodPlace& place) {
+    if (dateLogEnabled()) writeDateLogFormat("%s newBarWeight %d\r\n", edge, weight);
+    place.live = true;
+    place.session = findSession(info, place.live, zone);
+    if (place.session < 0) return false;
+    if (!usableCrossover(info, place.crossover)) return false;
+    getMDYHMS(place.month, place.day, place.year, place.hour, place.minute, place.second, zone);
+    place.weekday = static_cast<int>(dayOfWeek(zone));
+    place.skipFirst = false;
+    place.row = nullptr;
+    if (!place.live) return true;
+    place.skipFirst = true;
+    const int tradeDay = tradeDayOf(place.weekday, place.session, place.crossover, info,
+                                    static_cast<int>(place.hour), static_cast<int>(place.minute));
+    place.live = sessionExists(info, place.session) &&
+                 dayAllowed(sessionMask(info, place.session), tradeDay);
+    int index = holidays ? firstRowFrom(holidays, place.month, place.day, place.year) : 0;
+    if (place.live && holidays &&
+        holidayCheck(place.month, place.day, place.year, place.hour, place.minute,
+                     place.crossover, info, place.session, holidays, index, place.row)) {
+        place.live = false;
+    }
+    if (place.live && place.row) {
+        // Shortened: the time may lie after the new end, in the gap that follows it.
+        SESSION_INFO shortened = *info;
+        shortened.sEndTime[place.session] = static_cast<int16_t>(place.row->endTime);
+        place.session = findSession(&shortened, place.live, zone);
+        if (place.session < 0) return false;
+        if (!place.live) place.skipFirst = false;
+    }
+    return true;
+}
+
 bool Date::firstSecondOfPeriod(int weight, const SESSION_INFO* info, const HOLIDAYS_INFO* holidays,
                                uint8_t zone) {
     if (m_value < 2) return false;
     zone = resolvedZone(zone);
-    if (dateLogEnabled())
-        writeDateLogFormat("setToFirstSecondOfPeriod newBarWeight %d\r\n", weight);
-    bool live = true;
-    int session = findSession(info, live, zone);
-    if (session < 0) return false;
-    int crossover;
-    if (!usableCrossover(info, crossover)) return false;
-    uint32_t month, day, year, hour, minute, second;
-    getMDYHMS(month, day, year, hour, minute, second, zone);
-    const int weekday = static_cast<int>(dayOfWeek(zone));
-    bool skipFirst = false;
-    if (live) {
-        // In a session by the clock; it counts only on a trading day that no holiday closes.
-        skipFirst = true;
-        const int tradeDay = tradeDayOf(weekday, session, crossover, info, static_cast<int>(hour),
-                                        static_cast<int>(minute));
-        live = sessionExists(info, session) && dayAllowed(sessionMask(info, session), tradeDay);
-        const HOLIDAY_ROW* row = nullptr;
-        int index = holidays ? firstRowFrom(holidays, month, day, year) : 0;
-        if (live && holidays &&
-            holidayCheck(month, day, year, hour, minute, crossover, info, session, holidays, index,
-                         row)) {
-            live = false;
-        }
-        if (live && row) {
-            // Shortened: the time may lie after the new end, in the gap that follows it.
-            SESSION_INFO shortened = *info;
-            shortened.sEndTime[session] = static_cast<int16_t>(row->endTime);
-            session = findSession(&shortened, live, zone);
-            if (session < 0) return false;
-            if (!live) skipFirst = false;
-        }
+    PeriodPlace place;
+    if (!placeInPeriod("setToFirstSecondOfPeriod", weight, info, holidays, zone, place)) {
+        return false;
     }
-    if (!live) {
+    if (!place.live) {
         const uint32_t before = m_value;
-        if (!previousSession(session, crossover, info, holidays, skipFirst, zone)) {
+        if (!previousSession(place.session, place.crossover, info, holidays, place.skipFirst,
+                             zone)) {
             m_value = before;  // no live session anywhere: left as it was
             return false;
         }
-        getMDYHMS(month, day, year, hour, minute, second, zone);
+        getMDYHMS(place.month, place.day, place.year, place.hour, place.minute, place.second,
+                  zone);
     }
     Date start(*this);
-    start.sessionStart(month, day, year, hour, minute, info, session, crossover, zone);
+    start.sessionStart(place.month, place.day, place.year, place.hour, place.minute, info,
+                       place.session, place.crossover, zone);
     m_value = BarEdge(m_value, start.m_value, weight);
     if (dateLogEnabled()) writeDateLogFormat("finishing setToFirstSecondOfPeriod\r\n");
     return true;
@@ -187,49 +198,30 @@ bool Date::lastSecondOfPeriod(int weight, const SESSION_INFO* info, const HOLIDA
                               uint8_t zone) {
     if (m_value < 2) return false;
     zone = resolvedZone(zone);
-    if (dateLogEnabled()) writeDateLogFormat("setToLastSecondOfPeriod newBarWeight %d\r\n", weight);
-    bool live = true;
-    int session = findSession(info, live, zone);
-    if (session < 0) return false;
-    int crossover;
-    if (!usableCrossover(info, crossover)) return false;
-    uint32_t month, day, year, hour, minute, second;
-    getMDYHMS(month, day, year, hour, minute, second, zone);
-    int weekday = static_cast<int>(dayOfWeek(zone));
-    const HOLIDAY_ROW* row = nullptr;
-    if (live) {
-        const int tradeDay = tradeDayOf(weekday, session, crossover, info, static_cast<int>(hour),
-                                        static_cast<int>(minute));
-        live = sessionExists(info, session) && dayAllowed(sessionMask(info, session), tradeDay);
-        int index = holidays ? firstRowFrom(holidays, month, day, year) : 0;
-        if (live && holidays &&
-            holidayCheck(month, day, year, hour, minute, crossover, info, session, holidays, index,
-                         row)) {
-            live = false;
-        }
-        if (live && row) {
-            SESSION_INFO shortened = *info;
-            shortened.sEndTime[session] = static_cast<int16_t>(row->endTime);
-            session = findSession(&shortened, live, zone);
-            if (session < 0) return false;
-        }
+    PeriodPlace place;
+    if (!placeInPeriod("setToLastSecondOfPeriod", weight, info, holidays, zone, place)) {
+        return false;
     }
-    if (!live) {
+    if (!place.live) {
         int index = 0;
         const uint32_t before = m_value;
-        if (!nextSession(session, crossover, info, holidays, index, zone, &row)) {
+        if (!nextSession(place.session, place.crossover, info, holidays, index, zone,
+                         &place.row)) {
             m_value = before;
             return false;
         }
-        getMDYHMS(month, day, year, hour, minute, second, zone);
-        weekday = static_cast<int>(dayOfWeek(zone));
+        getMDYHMS(place.month, place.day, place.year, place.hour, place.minute, place.second,
+                  zone);
+        place.weekday = static_cast<int>(dayOfWeek(zone));
     }
-    const int tradeDay = tradeDayOf(weekday, session, crossover, info, static_cast<int>(hour),
-                                    static_cast<int>(minute));
+    const int tradeDay = tradeDayOf(place.weekday, place.session, place.crossover, info,
+                                    static_cast<int>(place.hour), static_cast<int>(place.minute));
     Date start(*this);
-    start.sessionStart(month, day, year, hour, minute, info, session, crossover, zone);
+    start.sessionStart(place.month, place.day, place.year, place.hour, place.minute, info,
+                       place.session, place.crossover, zone);
     Date end(*this);
-    end.sessionEnd(month, day, year, info, session, row, crossover, tradeDay == weekday, zone);
+    end.sessionEnd(place.month, place.day, place.year, info, place.session, place.row,
+                   place.crossover, tradeDay == place.weekday, zone);
     const uint32_t width = static_cast<uint32_t>(static_cast<int64_t>(weight) * 60);
     m_value = BarEdge(m_value, start.m_value, weight) - width - 1;
     // A session's last bar may be short: it ends with the session.

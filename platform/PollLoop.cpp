@@ -78,11 +78,11 @@ MainLoop::TimerId PollLoop::addTimer(unsigned ms, std::function<void()> fn) {
     // A zero interval would disarm a timerfd; a 0 ms timer fires as often as the loop can,
     // at most once a millisecond.
     const unsigned period = ms == 0 ? 1 : ms;
-    struct itimerspec spec = {};
-    spec.it_interval.tv_sec = period / 1000;
-    spec.it_interval.tv_nsec = static_cast<long>(period % 1000) * 1000000L;
-    spec.it_value = spec.it_interval;
-    if (::timerfd_settime(fd, 0, &spec, nullptr) != 0) {
+    struct itimerspec interval = {};
+    interval.it_interval.tv_sec = period / 1000;
+    interval.it_interval.tv_nsec = static_cast<long>(period % 1000) * 1000000L;
+    interval.it_value = interval.it_interval;
+    if (::timerfd_settime(fd, 0, &interval, nullptr) != 0) {
         ::close(fd);
         return 0;
     }

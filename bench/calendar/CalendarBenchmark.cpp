@@ -10,9 +10,9 @@
 
 #include <benchmark/benchmark.h>
 
-namespace {
+#include "bench/support/AllocationCounter.h"
 
-std::atomic<long> g_allocations{0};
+namespace {
 
 // Instants spread over 1970 to 2035, a third of them in the months of the daylight changes.
 std::vector<uint32_t> Instants() {
@@ -35,10 +35,10 @@ std::vector<uint32_t> Instants() {
 class AllocationCounter {
 public:
     explicit AllocationCounter(benchmark::State& state)
-        : m_state(state), m_before(g_allocations.load()) {}
+        : m_state(state), m_before(qvnrt::bench::Allocations()) {}
     ~AllocationCounter() {
         m_state.counters["allocs_per_op"] =
-            benchmark::Counter(static_cast<double>(g_allocations.load() - m_before),
+            benchmark::Counter(static_cast<double>(qvnrt::bench::Allocations() - m_before),
                                benchmark::Counter::kAvgIterations);
     }
 
@@ -108,19 +108,3 @@ void Steps(benchmark::State& state) {
 BENCHMARK(Steps);
 
 }  // namespace
-
-// The replacement pair below counts allocations; g++ cannot see that the two belong
-// together and warns about free() on new's memory.
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-
-void* operator new(std::size_t size) {
-    g_allocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* p = std::malloc(size ? size : 1)) return p;
-    throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept {
-    std::free(p);
-}
-void operator delete(void* p, std::size_t) noexcept {
-    std::free(p);
-}

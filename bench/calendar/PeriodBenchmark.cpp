@@ -12,9 +12,9 @@
 
 #include <benchmark/benchmark.h>
 
-namespace {
+#include "bench/support/AllocationCounter.h"
 
-std::atomic<long> g_allocations{0};
+namespace {
 
 SESSION_INFO PlainSession() {
     SESSION_INFO info;
@@ -70,7 +70,7 @@ void AddMinuteBars(benchmark::State& state, Walk walk) {
         walk == Walk::kFast ? nullptr : reinterpret_cast<HOLIDAYS_INFO*>(table.data());
     const std::vector<uint32_t> starts = Starts();
     size_t i = 0;
-    const long before = g_allocations.load();
+    const long before = qvnrt::bench::Allocations();
     for (auto _ : state) {
         Date date(starts[i++ & 63]);
         date.m_timeZone = 18;
@@ -78,7 +78,7 @@ void AddMinuteBars(benchmark::State& state, Walk walk) {
         benchmark::DoNotOptimize(date.m_value);
     }
     state.counters["allocs_per_op"] = benchmark::Counter(
-        static_cast<double>(g_allocations.load() - before), benchmark::Counter::kAvgIterations);
+        static_cast<double>(qvnrt::bench::Allocations() - before), benchmark::Counter::kAvgIterations);
     state.counters["bars_per_second"] = benchmark::Counter(
         static_cast<double>(count), benchmark::Counter::kIsIterationInvariantRate);
 }
@@ -114,19 +114,3 @@ void StepMinuteBarsOneByOne(benchmark::State& state) {
 BENCHMARK(StepMinuteBarsOneByOne)->Arg(100)->Arg(10000);
 
 }  // namespace
-
-// The replacement pair below counts allocations; g++ cannot see that the two belong
-// together and warns about free() on new's memory.
-#pragma GCC diagnostic ignored "-Wmismatched-new-delete"
-
-void* operator new(std::size_t size) {
-    g_allocations.fetch_add(1, std::memory_order_relaxed);
-    if (void* p = std::malloc(size ? size : 1)) return p;
-    throw std::bad_alloc();
-}
-void operator delete(void* p) noexcept {
-    std::free(p);
-}
-void operator delete(void* p, std::size_t) noexcept {
-    std::free(p);
-}

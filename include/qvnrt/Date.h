@@ -302,6 +302,17 @@ private:
                      const HOLIDAYS_INFO* holidays, int& index, uint8_t zone,
                      const HOLIDAY_ROW** row = nullptr);
     // The two edges of a bar with their log lines; false when they stopped early.
+    struct PeriodPlace {
+        int session;
+        int crossover;
+        uint32_t month, day, year, hour, minute, second;
+        int weekday;
+        bool live;
+        bool skipFirst;
+        const HOLIDAY_ROW* row;
+    };
+    bool placeInPeriod(const char* edge, int weight, const SESSION_INFO* info,
+                       const HOLIDAYS_INFO* holidays, uint8_t zone, PeriodPlace& place);
     bool firstSecondOfPeriod(int weight, const SESSION_INFO* info, const HOLIDAYS_INFO* holidays,
                              uint8_t zone);
     bool lastSecondOfPeriod(int weight, const SESSION_INFO* info, const HOLIDAYS_INFO* holidays,
