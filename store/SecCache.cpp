@@ -203,7 +203,9 @@ SecData2* SecCacheEntry::secData2() { return g_secCache.secData2(m_record->secDa
 SecCacheEntry* openEntry(const char* symbol, RTSec_Base* security, const char* fieldList) {
     if (!s_cacheEnabled || !security) return nullptr;
     if (!g_secCache.ensureOpen()) return nullptr;
-    if (!symbol) symbol = "";
+    // A record's first byte 0 marks a free slot, so there is no record for an empty symbol:
+    // such a security works without one.
+    if (!symbol || !*symbol) return nullptr;
     if (!fieldList) fieldList = "";
 
     SecCacheEntry* entry = security->m_pCacheEntry;

@@ -19,12 +19,13 @@ struct CliRun {
 class CliEndToEnd : public ::testing::Test {
 protected:
     // Runs the program in a directory of the test's (where its cache goes), with a
-    // configuration of its own and the given simulation settings.
+    // configuration of its own and the given simulation settings. The output holds standard
+    // output, and standard error too when asked.
     CliRun Cli(const std::string& arguments, const qvnrt::test::TempDir& directory,
-            const std::string& simulation = "QVNSIM_SEED=7") {
+               const std::string& simulation = "QVNSIM_SEED=7", bool withErrors = false) {
         const std::string command = "cd '" + directory.path() + "' && QVNRT_HOME='" +
                                     home.path() + "' " + simulation + " '" QVNRT_CLI_PATH "' " +
-                                    arguments + " 2>/dev/null";
+                                    arguments + (withErrors ? " 2>&1" : " 2>/dev/null");
         CliRun run;
         FILE* pipe = ::popen(command.c_str(), "r");
         if (!pipe) return run;
@@ -75,6 +76,11 @@ TEST_F(CliEndToEnd, UnknownSymbolsAndMissingDriversAreReported) {
     const CliRun noDriver = Cli("--driver /no/such/driver.so quotes ACME --seconds 1", work);
     EXPECT_NE(0, noDriver.status);
     EXPECT_EQ(std::string::npos, noDriver.output.find("ACME"));
+
+    const CliRun refused =
+        Cli("quotes ACME --seconds 1", work, "QVNSIM_SEED=7 QVNSIM_CONNECT=refuse", true);
+    EXPECT_NE(0, refused.status);
+    EXPECT_NE(std::string::npos, refused.output.find("the driver refused to connect"));
 }
 
 TEST_F(CliEndToEnd, TheSimulationIsTheSameForTheSameSeed) {

@@ -363,3 +363,39 @@ TEST_F(SecCacheTest, CacheThatCannotBeMappedTurnsItselfOff) {
 }
 
 }  // namespace
+
+namespace {
+
+TEST_F(SecCacheTest, AnEmptySymbolGetsNoRecord) {
+    RTSecurity security;
+    security.ReqSecurity(nullptr, nullptr, static_cast<RTSecurityType>(1), 1, 0);
+    EXPECT_EQ(nullptr, security.m_pCacheEntry);
+    RTSec_Base other;
+    EXPECT_FALSE(other.OpenRTSec(""));
+    EXPECT_TRUE(other.OpenRTSec("IBM"));  // the cache itself is fine
+}
+
+TEST_F(SecCacheTest, NameNeedsAnOpenRecordAndMayFillTheBuffer) {
+    RTSecurity security;
+    security.OpenSecurity("IBM", static_cast<RTSecurityType>(1), 1, 0);
+    session.fake.fireSecurityText(security.m_request, 2, "ABCDEFGH");
+    session.fake.fireSecurityEnd(security.m_request);
+    char buffer[8];
+    std::memset(buffer, 'z', sizeof(buffer));
+    long error = 99;
+    // The name fills the buffer: copied without a terminator, and its whole length returned.
+    EXPECT_EQ(8, security.GetSecName(buffer, 4, &error));
+    EXPECT_EQ(0, error);
+    EXPECT_EQ(0, std::memcmp(buffer, "ABCDz", 5));
+    // The description always terminates at buffer[length] and returns what stands there.
+    EXPECT_EQ(4, security.GetSecCurrDesc(buffer, 4, &error));
+    EXPECT_STREQ("ABCD", buffer);
+
+    session.fake.fireSecurity(security.m_request, -1, 0, 0, nullptr);  // closed: not open
+    EXPECT_EQ(0, security.GetSecName(buffer, 4, &error));
+    EXPECT_EQ(-2, error);
+    EXPECT_EQ(4, security.GetSecCurrDesc(buffer, 4, &error));  // still the object's name
+    EXPECT_EQ(0, error);
+}
+
+}  // namespace
