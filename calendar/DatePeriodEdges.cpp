@@ -62,15 +62,11 @@ bool Date::previousSession(int& session, int crossover, const SESSION_INFO* info
                               static_cast<int>(minute));
         bool live = false;
         row = nullptr;
-        if (sessionExists(info, session) && !skipFirst) {
-            live = dayAllowed(sessionMask(info, session), tradeDay);
+        if (!skipFirst) {
             // Rows are met going back, so each test reads them afresh.
             int index = holidays ? firstRowFrom(holidays, month, day, year) : 0;
-            if (live && holidays &&
-                holidayCheck(month, day, year, hour, minute, crossover, info, session, holidays,
-                             index, row)) {
-                live = false;
-            }
+            live = sessionCounts(month, day, year, hour, minute, crossover, info, session,
+                                 tradeDay, holidays, index, row);
         }
         skipFirst = false;
         if (live) break;
@@ -114,15 +110,12 @@ bool Date::nextSession(int& session, int crossover, const SESSION_INFO* info,
         const int start = sessionStartTime(info, session);
         hour = hourOf(start);
         minute = minuteOf(start);
-        if (!sessionExists(info, session)) continue;
         const int tradeDay = tradeDayOf(weekday, session, crossover, info, static_cast<int>(hour),
                                         static_cast<int>(minute));
-        if (!dayAllowed(sessionMask(info, session), tradeDay)) continue;
-        if (holidays && holidayCheck(month, day, year, hour, minute, crossover, info, session,
-                                     holidays, index, row)) {
-            continue;
+        if (sessionCounts(month, day, year, hour, minute, crossover, info, session, tradeDay,
+                          holidays, index, row)) {
+            break;
         }
-        break;
     }
     sessionStart(month, day, year, hour, minute, info, session, crossover, zone);
     if (foundRow) *foundRow = row;
@@ -149,14 +142,10 @@ bool Date::placeInPeriod(const char* edge, int weight, const SESSION_INFO* info,
     place.skipFirst = true;
     const int tradeDay = tradeDayOf(place.weekday, place.session, place.crossover, info,
                                     static_cast<int>(place.hour), static_cast<int>(place.minute));
-    place.live = sessionExists(info, place.session) &&
-                 dayAllowed(sessionMask(info, place.session), tradeDay);
     int index = holidays ? firstRowFrom(holidays, place.month, place.day, place.year) : 0;
-    if (place.live && holidays &&
-        holidayCheck(place.month, place.day, place.year, place.hour, place.minute,
-                     place.crossover, info, place.session, holidays, index, place.row)) {
-        place.live = false;
-    }
+    place.live = sessionCounts(place.month, place.day, place.year, place.hour, place.minute,
+                               place.crossover, info, place.session, tradeDay, holidays, index,
+                               place.row);
     if (place.live && place.row) {
         // Shortened: the time may lie after the new end, in the gap that follows it.
         SESSION_INFO shortened = *info;

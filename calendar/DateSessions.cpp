@@ -121,6 +121,18 @@ int Date::findSession(const SESSION_INFO* info, bool& inGap, uint8_t zone) const
 
 // ---- Holidays -----------------------------------------------------------------------------
 
+bool Date::sessionCounts(uint32_t month, uint32_t day, uint32_t year, uint32_t hour,
+                         uint32_t minute, int crossover, const SESSION_INFO* info, int session,
+                         int tradeDay, const HOLIDAYS_INFO* holidays, int& index,
+                         const HOLIDAY_ROW*& row) {
+    row = nullptr;
+    if (!sessionExists(info, session) || !dayAllowed(sessionMask(info, session), tradeDay)) {
+        return false;
+    }
+    return !(holidays && holidayCheck(month, day, year, hour, minute, crossover, info, session,
+                                      holidays, index, row));
+}
+
 bool Date::holidayCheck(uint32_t month, uint32_t day, uint32_t year, uint32_t hour, uint32_t minute,
                         int crossover, const SESSION_INFO* info, int session,
                         const HOLIDAYS_INFO* holidays, int& index, const HOLIDAY_ROW*& row) {

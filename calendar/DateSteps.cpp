@@ -17,6 +17,20 @@ void ReduceDayUntilValid(uint32_t month, uint32_t& day, uint32_t year) {
     while (day > 1 && !Date::validDate(month, day, year)) --day;
 }
 
+// Moves month and year in the zone, keeps the wall clock, and reduces the day until the date
+// is valid: 31 January goes to the end of February, and the day stays reduced afterwards.
+template <class Move>
+void MoveMonthAndYear(Date& date, uint8_t zone, Move move) {
+    if (date.m_value < 2) return;
+    if (zone == ZONE_DEFAULT) zone = date.m_timeZone;
+    uint32_t month, day, year, hour, minute, second;
+    date.getMDYHMS(month, day, year, hour, minute, second, zone);
+    move(month, year);
+    ReduceDayUntilValid(month, day, year);
+    date.m_value = date.makeValue(month, day, year, hour, minute, second, zone);
+    date.m_sequence = 0;
+}
+
 }  // namespace
 
 void Date::keepWallClockHour(uint32_t hourBefore, uint8_t zone) {
@@ -49,46 +63,31 @@ void Date::addWeeks(int count, uint8_t zone) {
 }
 
 void Date::addYears(int count, uint8_t zone) {
-    if (m_value < 2) return;
-    zone = resolvedZone(zone);
-    uint32_t month, day, year, hour, minute, second;
-    getMDYHMS(month, day, year, hour, minute, second, zone);
-    year += static_cast<uint32_t>(count);
-    ReduceDayUntilValid(month, day, year);
-    m_value = makeValue(month, day, year, hour, minute, second, zone);
-    m_sequence = 0;
+    MoveMonthAndYear(*this, zone, [count](uint32_t&, uint32_t& year) {
+        year += static_cast<uint32_t>(count);
+    });
 }
 
 void Date::nextMonth(uint8_t zone) {
-    if (m_value < 2) return;
-    zone = resolvedZone(zone);
-    uint32_t month, day, year, hour, minute, second;
-    getMDYHMS(month, day, year, hour, minute, second, zone);
-    if (month >= 12) {
-        month = 1;
-        ++year;
-    } else {
-        ++month;
-    }
-    ReduceDayUntilValid(month, day, year);
-    m_value = makeValue(month, day, year, hour, minute, second, zone);
-    m_sequence = 0;
+    MoveMonthAndYear(*this, zone, [](uint32_t& month, uint32_t& year) {
+        if (month >= 12) {
+            month = 1;
+            ++year;
+        } else {
+            ++month;
+        }
+    });
 }
 
 void Date::previousMonth(uint8_t zone) {
-    if (m_value < 2) return;
-    zone = resolvedZone(zone);
-    uint32_t month, day, year, hour, minute, second;
-    getMDYHMS(month, day, year, hour, minute, second, zone);
-    if (month <= 1) {
-        month = 12;
-        --year;
-    } else {
-        --month;
-    }
-    ReduceDayUntilValid(month, day, year);
-    m_value = makeValue(month, day, year, hour, minute, second, zone);
-    m_sequence = 0;
+    MoveMonthAndYear(*this, zone, [](uint32_t& month, uint32_t& year) {
+        if (month <= 1) {
+            month = 12;
+            --year;
+        } else {
+            --month;
+        }
+    });
 }
 
 void Date::addMonths(int count, uint8_t zone) {

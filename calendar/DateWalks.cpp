@@ -314,14 +314,8 @@ bool Date::weekWalkForward(int64_t& count, int weight, const SESSION_INFO* info,
     int index = holidays ? qvnrt::calendar::firstRowFrom(holidays, month, day, year) : 0;
     for (int step = 0; step < kWeekSteps; ++step) {
         const HOLIDAY_ROW* row = nullptr;
-        bool live =
-            sessionExists(info, session) && dayAllowed(sessionMask(info, session), tradeDay);
-        if (live && holidays &&
-            holidayCheck(month, day, year, hour, minute, crossover, info, session, holidays, index,
-                         row)) {
-            live = false;
-        }
-        if (live) {
+        if (sessionCounts(month, day, year, hour, minute, crossover, info, session, tradeDay,
+                          holidays, index, row)) {
             uint32_t from = m_value;
             if (!first) {
                 Date start(*this);
@@ -397,16 +391,10 @@ bool Date::weekWalkBackward(int64_t& count, int weight, const SESSION_INFO* info
     bool negativeInRound = false;
     for (int step = 0; sameDay || step < kWeekSteps; ++step) {
         const HOLIDAY_ROW* row = nullptr;
-        bool live =
-            sessionExists(info, session) && dayAllowed(sessionMask(info, session), tradeDay);
         // Rows are met going back, so each test reads them afresh.
         int index = holidays ? qvnrt::calendar::firstRowFrom(holidays, month, day, year) : 0;
-        if (live && holidays &&
-            holidayCheck(month, day, year, hour, minute, crossover, info, session, holidays, index,
-                         row)) {
-            live = false;
-        }
-        if (live) {
+        if (sessionCounts(month, day, year, hour, minute, crossover, info, session, tradeDay,
+                          holidays, index, row)) {
             // The session's own start: for the first one, that may be the evening before the
             // date of this instant.
             Date start(*this);

@@ -267,6 +267,12 @@ private:
     static bool holidayCheck(uint32_t month, uint32_t day, uint32_t year, uint32_t hour,
                              uint32_t minute, int crossover, const SESSION_INFO* info, int session,
                              const HOLIDAYS_INFO* holidays, int& index, const HOLIDAY_ROW*& row);
+    // Whether session i counts: it exists, its mask allows the trading day, and no holiday
+    // row closes it (holidayCheck, with `index` and `row` as there).
+    static bool sessionCounts(uint32_t month, uint32_t day, uint32_t year, uint32_t hour,
+                              uint32_t minute, int crossover, const SESSION_INFO* info,
+                              int session, int tradeDay, const HOLIDAYS_INFO* holidays,
+                              int& index, const HOLIDAY_ROW*& row);
     // The Date becomes the first second of session i, starting on that date, or on the day
     // before when the session must have begun there to hold hour:minute.
     void sessionStart(uint32_t month, uint32_t day, uint32_t year, uint32_t hour, uint32_t minute,
