@@ -9,6 +9,8 @@ set(CPACK_PACKAGE_CONTACT "QvnRT developers <qvnrt@localhost>")
 set(CPACK_PACKAGE_DESCRIPTION_SUMMARY "Client-side real-time market data library (C++20)")
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
+# Built with debug information for the developer's own runs; the package is stripped.
+set(CPACK_STRIP_FILES ON)
 set(CPACK_DEBIAN_PACKAGE_SECTION libs)
 # Runtime dependencies come from the binaries themselves (dpkg-shlibdeps); the shlibs file
 # and the ldconfig trigger come with the shared library.
