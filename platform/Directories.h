@@ -4,13 +4,13 @@
 // $XDG_CONFIG_HOME/quorvane, else $HOME/.config/quorvane. It holds QUORVANE.INI, DATE.LOG
 // and the registry store user.reg, and is made (with its parents) on first use.
 //
-// The installed driver directory is qvnrt/drivers below the directory that holds the
-// library's own file (libqvnrt.so), wherever the package was installed: an installed
-// program finds the installed drivers without any setting.
-//
 // The host directory replaces the directory of the host executable: $QVNRT_APP_DIR if set,
 // else the directory of /proc/self/exe. It holds secmaint.dat, inetres.txt and
 // HomePages.txt, and is searched first for a driver named without a directory.
+//
+// The installed driver directory is qvnrt/drivers below the directory that holds the
+// library's own file (libqvnrt.so), wherever the package was installed: an installed
+// program finds the installed drivers without any setting. It is searched last.
 //
 // The environment is read at every call, so that tests can point a process elsewhere.
 #pragma once
@@ -19,7 +19,7 @@
 
 namespace qvnrt::platform {
 
-// Both end without a '/' (the root directory stays "/"); empty when nothing can be found.
+// Each ends without a '/' (the root directory stays "/"); empty when nothing can be found.
 std::string ConfigDirectory();
 std::string HostDirectory();
 std::string InstalledDriverDirectory();
