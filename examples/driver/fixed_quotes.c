@@ -56,6 +56,13 @@ QVN_DRIVER_EXPORT long clientOpenServer(const char* firstText, const char* secon
     return RTOPEN_REMOTE;
 }
 
+/* The descriptor lives as long as the driver is loaded: the library stops watching it just
+ * before it unloads the driver, so it is closed on unload rather than in clientCloseServer. */
+__attribute__((destructor)) static void CloseWakeFd(void) {
+    if (s_wakeFd >= 0) close(s_wakeFd);
+    s_wakeFd = -1;
+}
+
 QVN_DRIVER_EXPORT void clientCloseServer(void) {
     memset(s_pending, 0, sizeof s_pending);
     s_network = NULL;
