@@ -4,15 +4,18 @@
 #   make check  installs what is missing, builds, and runs every test, first in the plain
 #               build, then with AddressSanitizer and UndefinedBehaviorSanitizer
 # Both are safe to run again.
+#   make package  builds the Debian package (cpack) in the build directory
+#   make docs     builds the API reference with Doxygen, when it is installed
 
 SHELL := /bin/bash
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 BUILD ?= build
 SANITIZE_BUILD ?= build-sanitize
+PACKAGE_BUILD ?= build-package
 PACKAGES := build-essential cmake pkg-config libgtest-dev libgmock-dev libbenchmark-dev \
             libsqlite3-dev tzdata
 
-.PHONY: all deps build build-sanitize check test test-sanitize demo bench clean
+.PHONY: all deps build build-sanitize check test test-sanitize demo bench package docs clean
 
 all: build
 
@@ -56,5 +59,23 @@ demo: build
 bench: build
 	@for b in $(BUILD)/bench/*/bench_*; do [ -x "$$b" ] && "$$b"; done
 
+# Its own build, without tests, for the prefix /usr and Debian's library directory.
+$(PACKAGE_BUILD)/CMakeCache.txt: | deps
+	cmake -S . -B $(PACKAGE_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DCMAKE_INSTALL_PREFIX=/usr \
+	  -DQVNRT_BUILD_TESTS=OFF -DQVNRT_BUILD_BENCH=OFF
+
+package: deps $(PACKAGE_BUILD)/CMakeCache.txt
+	cmake --build $(PACKAGE_BUILD) -j $(JOBS)
+	cd $(PACKAGE_BUILD) && cpack -G DEB
+	@ls $(PACKAGE_BUILD)/*.deb
+
+# Not part of check: Doxygen is optional (apt-get install doxygen).
+docs:
+	@command -v doxygen >/dev/null || { echo "make docs needs doxygen (apt-get install doxygen)"; exit 1; }
+	mkdir -p $(BUILD)/docs
+	QVNRT_DOCS_DIR=$(BUILD)/docs QVNRT_VERSION=$$(sed -n 's/^project(qvnrt VERSION \([0-9.]*\).*/\1/p' CMakeLists.txt) \
+	  doxygen docs/Doxyfile
+	@echo "API reference: $(BUILD)/docs/html/index.html"
+
 clean:
-	rm -rf $(BUILD) $(SANITIZE_BUILD)
+	rm -rf $(BUILD) $(SANITIZE_BUILD) $(PACKAGE_BUILD)

@@ -34,7 +34,10 @@ function(qvnrt_add_shared_library)
     list(APPEND objects $<TARGET_OBJECTS:${layer}_objects>)
   endforeach()
   add_library(qvnrt SHARED ${objects})
-  target_include_directories(qvnrt PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>)
+  target_include_directories(qvnrt PUBLIC $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+                                          $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+  # The public headers use C++20; an application that links the library gets it too.
+  target_compile_features(qvnrt INTERFACE cxx_std_20)
   # The archives bring nothing new (every object is already in); they carry the layers'
   # own dependencies, such as libdl, onto the link line.
   target_link_libraries(qvnrt PRIVATE ${layers})

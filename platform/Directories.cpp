@@ -3,6 +3,7 @@
 #include <cerrno>
 #include <climits>
 #include <cstdlib>
+#include <dlfcn.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -48,6 +49,21 @@ std::string HostDirectory() {
     const size_t slash = path.rfind('/');
     if (slash == std::string::npos) return std::string();
     return slash == 0 ? std::string("/") : path.substr(0, slash);
+}
+
+std::string InstalledDriverDirectory() {
+    // The file that holds this code: libqvnrt.so in an application, the program itself
+    // where the layer is linked in statically (the tests).
+    Dl_info info{};
+    if (::dladdr(reinterpret_cast<void*>(&InstalledDriverDirectory), &info) == 0 ||
+        !info.dli_fname) {
+        return std::string();
+    }
+    const std::string file = info.dli_fname;
+    const size_t slash = file.rfind('/');
+    if (slash == std::string::npos) return std::string();
+    // The install rules put the drivers in the same place below the library directory.
+    return JoinPath(file.substr(0, slash), QVNRT_DRIVER_SUBDIR);
 }
 
 std::string CurrentDirectory() {

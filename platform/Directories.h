@@ -8,6 +8,10 @@
 // else the directory of /proc/self/exe. It holds secmaint.dat, inetres.txt and
 // HomePages.txt, and is searched first for a driver named without a directory.
 //
+// The installed driver directory is qvnrt/drivers below the directory that holds the
+// library's own file (libqvnrt.so), wherever the package was installed: an installed
+// program finds the installed drivers without any setting. It is searched last.
+//
 // The environment is read at every call, so that tests can point a process elsewhere.
 #pragma once
 
@@ -15,9 +19,10 @@
 
 namespace qvnrt::platform {
 
-// Both end without a '/' (the root directory stays "/"); empty when nothing can be found.
+// Each ends without a '/' (the root directory stays "/"); empty when nothing can be found.
 std::string ConfigDirectory();
 std::string HostDirectory();
+std::string InstalledDriverDirectory();
 // The process's working directory; empty when it cannot be read.
 std::string CurrentDirectory();
 

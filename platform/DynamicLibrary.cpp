@@ -45,6 +45,15 @@ void* LoadLibrary(const std::string& name) {
         }
     }
     if (void* library = Open(name, error)) return library;
+    // Last, the drivers installed with the library, so that an installed program loads the
+    // default driver by its bare name.
+    const std::string installed = InstalledDriverDirectory();
+    if (!installed.empty()) {
+        const std::string path = JoinPath(installed, name);
+        if (FileExists(path)) {
+            if (void* library = Open(path, error)) return library;
+        }
+    }
     // A file in the host directory that would not load says more than "not found".
     g_lastLoadError = hostError.empty() ? error : hostError + "; " + error;
     return nullptr;

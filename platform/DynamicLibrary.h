@@ -6,7 +6,8 @@
 namespace qvnrt::platform {
 
 // A name without '/' is tried in the host directory first, then through dlopen's own
-// search. Null on failure; LastLoadError() tells why.
+// search, then in the installed driver directory (see Directories.h). Null on failure;
+// LastLoadError() tells why.
 void* LoadLibrary(const std::string& name);
 void* GetProcAddress(void* library, const char* symbol);
 void FreeLibrary(void* library);

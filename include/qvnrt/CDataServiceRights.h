@@ -1,29 +1,32 @@
-// CDataServiceRights: the service-rights gate. It tracks what a subscriber's plan allows;
-// this build keeps only what the connection and the news collection ask of it: it records
-// each call and allows everything.
+/// \file
+/// CDataServiceRights: the service-rights gate. It tracks what a subscriber's plan allows;
+/// this build keeps only what the connection and the news collection ask of it: it records
+/// each call and allows everything.
 #pragma once
 
 #include <qvnrt/export.h>
 
+/// The service-rights gate; the library's one instance is g_appDataServiceRights.
+/// Called on the main loop's thread only.
 class QVNRT_API CDataServiceRights {
 public:
-    // The rights value for a tag, given to the driver at connect (tag 5). 1 unless set.
+    /// The rights value for a tag, given to the driver at connect (tag 5). 1 unless set.
     int GetRightsValue(int tag) const;
     void SetRightsValue(int tag, int value);
 
-    // The connection's state (RTServer::m_lStatus) when it changes.
+    /// The connection's state (RTServer::m_lStatus) when it changes.
     void NoteConnectionState(long status);
-    // The rights data of network event 2 (driver memory; kept as an address only), and the
-    // request to act on it, made while connected.
+    /// The rights data of network event 2 (driver memory; kept as an address only), and the
+    /// request to act on it, made while connected.
     void SetRightsData(const void* data);
     void ApplyRightsData();
 
-    // News items: whether one more may be opened, and that one was opened or released.
+    /// News items: whether one more may be opened, and that one was opened or released.
     bool MayOpenNewsItem(bool byKeyword) const;
     void NoteNewsItemOpened(bool byKeyword);
     void NoteNewsItemReleased(bool byKeyword);
 
-    // What was recorded.
+    /// What was recorded.
     long m_lastConnectionState = 0;
     int m_connectionStateCount = 0;
     const void* m_rightsData = nullptr;
@@ -36,4 +39,5 @@ private:
     int m_rightsValues[kTags] = {1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1, 1};
 };
 
+/// The library's gate, from load to unload.
 QVNRT_API extern CDataServiceRights g_appDataServiceRights;

@@ -1,11 +1,12 @@
-// CVString: the text that Date::format hands back.
+/// \file
+/// CVString: the text that Date::format hands back.
 #pragma once
 
 #include <qvnrt/compat/CString.h>
 #include <qvnrt/export.h>
 
-// One CString behind a virtual destructor, the only entry of its table of virtual
-// operations; applications that received it through a base pointer could delete it.
+/// One CString behind a virtual destructor, the only entry of its table of virtual
+/// operations; applications that received it through a base pointer could delete it.
 class QVNRT_API CVString {
 public:
     CVString() = default;

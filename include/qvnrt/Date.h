@@ -1,3 +1,8 @@
+/// \file
+/// Date, one instant as an unsigned 32-bit value (3000000 plus the seconds since 1 January
+/// 1900 GMT; 0 no date, 1 invalid), with zones, daylight rules and the walks by trading bars.
+/// Every time the library hands to an application is a Date value: value - EPOCH_1970 is a
+/// time_t. The calendar's statics are not reentrant: use it from the main loop's thread.
 // Date: one instant, held as an unsigned 32-bit count of seconds, always GMT.
 //
 // The value:

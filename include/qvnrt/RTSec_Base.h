@@ -1,3 +1,7 @@
+/// \file
+/// RTSec_Base, the base of every security object: the shared fields, the link to the
+/// symbol's cache record, and GetSecInt, GetSecFloat and GetSecString, which read any field
+/// from the cache at any time (error 0 present, -2 not open, -4 no such value).
 // RTSec_Base: the base of every security object. It holds the values that every security
 // shares, links the object to its record in the local cache, and receives field updates.
 #pragma once

@@ -1,3 +1,10 @@
+/// \file
+/// RTSecurity, the security object of applications: quotes (OpenSecurity, OnSecChanged, the
+/// typed accessors), end-of-day history (RequestEOD, ReqEODCallback), intraday bars and ticks
+/// (RequestTick, ReqTickCallback) and session rules. Derive from it and override the
+/// notifications; every notification arrives on the main loop's thread. The object must
+/// outlive its requests or close them (CloseSecurity; the destructor closes everything).
+/// See docs/applications.md.
 // RTSecurity: the security object that applications use. It requests quotes, answers
 // through typed accessors, and carries the state of intraday and end-of-day requests.
 #pragma once

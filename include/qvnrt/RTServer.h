@@ -1,3 +1,8 @@
+/// \file
+/// RTServer, the static facade over the one loaded driver: loading (LoadRTServer,
+/// SetDLLName), the connection (Connect, Disconnect, CloseServer), the cache settings
+/// (InitCache) and the connection events, heard by RTServer_Event listeners that the
+/// application registers and keeps alive. See docs/applications.md and docs/drivers.md.
 // RTServer: the one loaded driver, the connection to the data service, its events and their
 // listeners. All state is static; one instance exists, for the listener set.
 #pragma once

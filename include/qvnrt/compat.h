@@ -1,4 +1,5 @@
-// The framework replacement types of the public interface.
+/// \file
+/// The framework replacement types of the public interface.
 #pragma once
 
 #include <qvnrt/compat/CArray.h>

@@ -1,4 +1,5 @@
-/*
+/**
+ * \file
  * The driver contract of QvnRT: the entry points that a driver plugin exports, the
  * callbacks that the library hands to it, and the records that cross between them.
  *
@@ -27,75 +28,75 @@ extern "C" {
 
 /* ---- Constants ------------------------------------------------------------------------ */
 
-/* Added to a time_t, gives a Date value (seconds since 1900 plus 3000000). */
+/** Added to a time_t, gives a Date value (seconds since 1900 plus 3000000). */
 #define EPOCH_1970 2211988800u
 
-/* A missing number in intraday and daily records. */
+/** A missing number in intraday and daily records. */
 #define QVN_MISSING_INT (-32080)
 #define QVN_MISSING_FLOAT (-32080.0f)
 
-/* Data type of a SecurityCallback's `data`. */
-#define RTDATA_TEXT 2   /* char*          */
-#define RTDATA_DOUBLE 7 /* double*        */
-#define RTDATA_FLOAT 8  /* float*         */
-#define RTDATA_INT 9    /* 32-bit integer */
+/** Data type of a SecurityCallback's `data`. */
+#define RTDATA_TEXT 2   /**< char*          */
+#define RTDATA_DOUBLE 7 /**< double*        */
+#define RTDATA_FLOAT 8  /**< float*         */
+#define RTDATA_INT 9    /**< 32-bit integer */
 
-/* Record type of a TickCallback's `data`. */
+/** Record type of a TickCallback's `data`. */
 #define RTREC_NONE 0
-#define RTREC_TICKREC 1             /* TICKREC             */
-#define RTREC_TICKBARREC 3          /* TICKBARREC          */
-#define RTREC_INTRADAY_PRICEREC 4   /* RTINTRADAY_PRICEREC */
+#define RTREC_TICKREC 1             /**< TICKREC             */
+#define RTREC_TICKBARREC 3          /**< TICKBARREC          */
+#define RTREC_INTRADAY_PRICEREC 4   /**< RTINTRADAY_PRICEREC */
 
-/* Events of the NetworkCallback, with the shape of their data. */
-#define RTNET_CONNECTION_LOST 1 /* reason carried in the pointer's value: (void*)(intptr_t)reason */
-#define RTNET_RIGHTS 2          /* pointer into driver memory, for the service-rights gate */
-#define RTNET_SERVER_TIME 4     /* long*: server time, seconds since 1970 */
-#define RTNET_EOD_PROCESSING 5  /* int* flag, or null (null counts as finished) */
-#define RTNET_CONNECTED 6       /* RTNetConnectResult* */
-#define RTNET_NO_LIMIT 7        /* no data */
-#define RTNET_SECURITY_CHANGE 8 /* RTNetSecChangeBatch*, or null */
+/** Events of the NetworkCallback, with the shape of their data. */
+#define RTNET_CONNECTION_LOST 1 /**< reason carried in the pointer's value: (void*)(intptr_t)reason */
+#define RTNET_RIGHTS 2          /**< pointer into driver memory, for the service-rights gate */
+#define RTNET_SERVER_TIME 4     /**< long*: server time, seconds since 1970 */
+#define RTNET_EOD_PROCESSING 5  /**< int* flag, or null (null counts as finished) */
+#define RTNET_CONNECTED 6       /**< RTNetConnectResult* */
+#define RTNET_NO_LIMIT 7        /**< no data */
+#define RTNET_SECURITY_CHANGE 8 /**< RTNetSecChangeBatch*, or null */
 
-/* Results of clientOpenServer. */
-#define RTOPEN_REFUSED 0 /* the driver refused to open */
-#define RTOPEN_REMOTE 1  /* connected to a remote service */
-#define RTOPEN_LOCAL 2   /* connected to a local service */
-#define RTOPEN_PENDING 3 /* the connection completes later, through event 6 */
+/** Results of clientOpenServer. */
+#define RTOPEN_REFUSED 0 /**< the driver refused to open */
+#define RTOPEN_REMOTE 1  /**< connected to a remote service */
+#define RTOPEN_LOCAL 2   /**< connected to a local service */
+#define RTOPEN_PENDING 3 /**< the connection completes later, through event 6 */
 
-/* Field identifiers of a security (1 to 59). A field string is a NUL-terminated run of
+/** Field identifiers of a security (1 to 59). A field string is a NUL-terminated run of
  * them, one byte each. Field 0 ends a batch. Only the meanings that the library or its
  * panels read are named; the others are agreed between driver and application. */
 #define RTFIELD_END 0
-#define RTFIELD_SYMBOL 1          /* text */
-#define RTFIELD_NAME 2            /* text */
-#define RTFIELD_ASSET_TYPE 3      /* 32-bit, stored as a byte */
-#define RTFIELD_LAST 4            /* double, stored as a float */
-#define RTFIELD_PREV_CLOSE 5      /* float */
-#define RTFIELD_BIT_FLAGS 7       /* byte; bit 0x20: delayed */
-#define RTFIELD_EXCHANGE 8        /* byte */
-#define RTFIELD_HIGH 10           /* float */
-#define RTFIELD_LOW 11            /* float */
-#define RTFIELD_BID 13            /* float */
-#define RTFIELD_ASK 14            /* float */
-#define RTFIELD_TOTAL_VOLUME 15   /* 32-bit */
-#define RTFIELD_VOLUME 16         /* 32-bit */
-#define RTFIELD_BID_SIZE 17       /* unsigned 16-bit */
-#define RTFIELD_ASK_SIZE 18       /* unsigned 16-bit */
-#define RTFIELD_BID_EXCHANGE 19   /* byte */
-#define RTFIELD_ASK_EXCHANGE 20   /* byte */
-#define RTFIELD_YEAR_HIGH 27      /* float */
-#define RTFIELD_YEAR_LOW 28       /* float */
-#define RTFIELD_EPS 31            /* float */
-#define RTFIELD_PE_RATIO 32       /* float */
-#define RTFIELD_OPTION_STRIKE 37  /* float */
-#define RTFIELD_OPTION_KIND 44    /* byte */
-#define RTFIELD_OPTION_EXPIRY 47  /* 32-bit */
-#define RTFIELD_QUOTE_TIME 57     /* 32-bit */
-#define RTFIELD_DISPLAY_STYLE 58  /* byte */
-#define RTFIELD_TICK 59           /* signed 16-bit; its sign is the tick direction */
+#define RTFIELD_SYMBOL 1          /**< text */
+#define RTFIELD_NAME 2            /**< text */
+#define RTFIELD_ASSET_TYPE 3      /**< 32-bit, stored as a byte */
+#define RTFIELD_LAST 4            /**< double, stored as a float */
+#define RTFIELD_PREV_CLOSE 5      /**< float */
+#define RTFIELD_BIT_FLAGS 7       /**< byte; bit 0x20: delayed */
+#define RTFIELD_EXCHANGE 8        /**< byte */
+#define RTFIELD_HIGH 10           /**< float */
+#define RTFIELD_LOW 11            /**< float */
+#define RTFIELD_BID 13            /**< float */
+#define RTFIELD_ASK 14            /**< float */
+#define RTFIELD_TOTAL_VOLUME 15   /**< 32-bit */
+#define RTFIELD_VOLUME 16         /**< 32-bit */
+#define RTFIELD_BID_SIZE 17       /**< unsigned 16-bit */
+#define RTFIELD_ASK_SIZE 18       /**< unsigned 16-bit */
+#define RTFIELD_BID_EXCHANGE 19   /**< byte */
+#define RTFIELD_ASK_EXCHANGE 20   /**< byte */
+#define RTFIELD_YEAR_HIGH 27      /**< float */
+#define RTFIELD_YEAR_LOW 28       /**< float */
+#define RTFIELD_EPS 31            /**< float */
+#define RTFIELD_PE_RATIO 32       /**< float */
+#define RTFIELD_OPTION_STRIKE 37  /**< float */
+#define RTFIELD_OPTION_KIND 44    /**< byte */
+#define RTFIELD_OPTION_EXPIRY 47  /**< 32-bit */
+#define RTFIELD_QUOTE_TIME 57     /**< 32-bit */
+#define RTFIELD_DISPLAY_STYLE 58  /**< byte */
+#define RTFIELD_TICK 59           /**< signed 16-bit; its sign is the tick direction */
 
-#define RTFLAG_DELAYED 0x20 /* bit of field 7 */
+#define RTFLAG_DELAYED 0x20 /**< bit of field 7 */
 
-/* Exchange field identifiers, read through clientGetExchangeLong/String in their
+/** Exchange field identifiers, read through clientGetExchangeLong/String in their
  * field-access shape. */
 #define RTEXFIELD_INDEX 500
 #define RTEXFIELD_SUFFIX 501
@@ -107,21 +108,21 @@ extern "C" {
 #define RTEXFIELD_CLOSE_MIN 507
 #define RTEXFIELD_CURRENCY 508
 
-/* Exchange properties read in the plain shape of clientGetExchangeLong/String. */
-#define RTEXPROP_NAME 2   /* text: the exchange's name */
-#define RTEXPROP_ZONE 10  /* long: the exchange's zone id */
-#define RTEXPROP_DELAY 11 /* long: minutes of delay in the low byte */
+/** Exchange properties read in the plain shape of clientGetExchangeLong/String. */
+#define RTEXPROP_NAME 2   /**< text: the exchange's name */
+#define RTEXPROP_ZONE 10  /**< long: the exchange's zone id */
+#define RTEXPROP_DELAY 11 /**< long: minutes of delay in the low byte */
 
 /* ---- Enumerations and opaque types ----------------------------------------------------- */
 
-/* Opaque usage-class tag carried by every request; the library passes it along unread. */
+/** Opaque usage-class tag carried by every request; the library passes it along unread. */
 typedef int32_t ServiceLimit;
 
 #ifdef __cplusplus
-/* Driver property numbers. Only 13 is read by the library; the others are agreed between
+/** Driver property numbers. Only 13 is read by the library; the others are agreed between
  * driver and application and pass through as numbers. */
 enum RTProperties : int { RTPROP_NEWS_WHOLE_SYMBOL_LIST = 13 };
-/* Asset types. 98 is a type not yet known; 0 and 3 are never mapped through the symbol
+/** Asset types. 98 is a type not yet known; 0 and 3 are never mapped through the symbol
  * map. Other values are agreed between driver and application. */
 enum RTSecurityType : int { RTSECTYPE_NOT_KNOWN = 98 };
 #else
@@ -129,45 +130,45 @@ typedef enum RTProperties { RTPROP_NEWS_WHOLE_SYMBOL_LIST = 13 } RTProperties;
 typedef enum RTSecurityType { RTSECTYPE_NOT_KNOWN = 98 } RTSecurityType;
 #endif
 
-/* The end-of-day request and the option-chain filter are agreements between application
+/** The end-of-day request and the option-chain filter are agreements between application
  * and driver; the library passes their addresses only. */
 typedef struct EODDATA EODDATA;
 typedef struct RTSec_OptionFilter RTSec_OptionFilter;
 
 /* ---- Wire records ----------------------------------------------------------------------- */
 
-/* One day of history, 28 bytes. */
+/** One day of history, 28 bytes. */
 typedef struct RTPRICEREC {
-    uint32_t date;   /* two records with equal dates are the same day */
-    uint32_t extra;  /* passed through unread */
-    float first;     /* first price */
-    float close;     /* closing price */
-    float second;    /* second further price */
-    float third;     /* third further price */
-    int32_t value;   /* 0 means missing; stored as QVN_MISSING_INT */
+    uint32_t date;   /**< two records with equal dates are the same day */
+    uint32_t extra;  /**< passed through unread */
+    float first;     /**< first price */
+    float close;     /**< closing price */
+    float second;    /**< second further price */
+    float third;     /**< third further price */
+    int32_t value;   /**< 0 means missing; stored as QVN_MISSING_INT */
 } RTPRICEREC;
 
-/* An intraday request, 32 bytes. Times are Date values. */
+/** An intraday request, 32 bytes. Times are Date values. */
 typedef struct TICKDATA {
-    uint32_t start;       /*  0: first second wanted */
-    uint32_t end;         /*  4: last second wanted; 0 means open-ended */
-    int16_t weight;       /*  8: negative minutes per bar, positive ticks per bar */
-    int16_t live;         /* 10 */
-    uint16_t requestWord; /* 12: passed on */
-    uint8_t route;        /* 14: bits 0x01 and 0x10 bypass the tick cache */
+    uint32_t start;       /**<  0: first second wanted */
+    uint32_t end;         /**<  4: last second wanted; 0 means open-ended */
+    int16_t weight;       /**<  8: negative minutes per bar, positive ticks per bar */
+    int16_t live;         /**< 10 */
+    uint16_t requestWord; /**< 12: passed on */
+    uint8_t route;        /**< 14: bits 0x01 and 0x10 bypass the tick cache */
     uint8_t pad15;
-    uint8_t filterMode;   /* 16 */
+    uint8_t filterMode;   /**< 16 */
     uint8_t pad17;
-    int16_t days;         /* 18: day mask */
-    uint8_t timeFilter[4]; /* 20 */
-    uint8_t sessions[4];   /* 24 */
-    uint8_t extra;         /* 28 */
-    uint8_t reserved[3];   /* 29 */
+    int16_t days;         /**< 18: day mask */
+    uint8_t timeFilter[4]; /**< 20 */
+    uint8_t sessions[4];   /**< 24 */
+    uint8_t extra;         /**< 28 */
+    uint8_t reserved[3];   /**< 29 */
 } TICKDATA;
 typedef TICKDATA LOCTICKDATA;
 
 #pragma pack(push, 1)
-/* One tick, 13 bytes, packed. `time` is a time_t cut to 32 bits. */
+/** One tick, 13 bytes, packed. `time` is a time_t cut to 32 bits. */
 typedef struct TICKREC {
     uint32_t time;
     int32_t volume;
@@ -176,7 +177,7 @@ typedef struct TICKREC {
 } TICKREC;
 #pragma pack(pop)
 
-/* One bar, 24 bytes. `time` is the bar's last second. */
+/** One bar, 24 bytes. `time` is the bar's last second. */
 typedef struct RTINTRADAY_PRICEREC {
     uint32_t time;
     int32_t volume;
@@ -187,42 +188,42 @@ typedef struct RTINTRADAY_PRICEREC {
 } RTINTRADAY_PRICEREC;
 
 #pragma pack(push, 1)
-/* A bar of N ticks, 27 bytes, packed. */
+/** A bar of N ticks, 27 bytes, packed. */
 typedef struct TICKBARREC {
     RTINTRADAY_PRICEREC bar;
-    uint8_t continued; /* 1 when this bar goes on from an earlier packet */
-    uint8_t complete;  /* 1 when the bar has its full number of ticks */
-    uint8_t flag;      /* the last tick's flag */
+    uint8_t continued; /**< 1 when this bar goes on from an earlier packet */
+    uint8_t complete;  /**< 1 when the bar has its full number of ticks */
+    uint8_t flag;      /**< the last tick's flag */
 } TICKBARREC;
 
-/* Session rules of a security, 38 bytes, packed. Times hold the hour in the high byte
+/** Session rules of a security, 38 bytes, packed. Times hold the hour in the high byte
  * and the minute in the low byte. */
 typedef struct SESSION_INFO {
-    uint16_t size;              /*  0: 38 when the record holds rules, 0 for none yet */
-    uint8_t bSession[4];        /*  2: nonzero when the session exists */
-    uint16_t tradeDays[4];      /*  6: day mask in the low byte */
-    int16_t sStartTime[4];      /* 14 */
-    int16_t sEndTime[4];        /* 22: the session ends before this minute */
-    int16_t sOpeningSession;    /* 30 */
-    uint8_t chTimeZone;         /* 32: zone id */
-    uint8_t spare;              /* 33 */
-    uint8_t bIsFirstSessionSameDay; /* 34 */
-    uint8_t bSingleSessionStandard; /* 35 */
-    int16_t dailyPeriod;        /* 36 */
+    uint16_t size;              /**<  0: 38 when the record holds rules, 0 for none yet */
+    uint8_t bSession[4];        /**<  2: nonzero when the session exists */
+    uint16_t tradeDays[4];      /**<  6: day mask in the low byte */
+    int16_t sStartTime[4];      /**< 14 */
+    int16_t sEndTime[4];        /**< 22: the session ends before this minute */
+    int16_t sOpeningSession;    /**< 30 */
+    uint8_t chTimeZone;         /**< 32: zone id */
+    uint8_t spare;              /**< 33 */
+    uint8_t bIsFirstSessionSameDay; /**< 34 */
+    uint8_t bSingleSessionStandard; /**< 35 */
+    int16_t dailyPeriod;        /**< 36 */
 } SESSION_INFO;
 #pragma pack(pop)
 
-/* One holiday, 10 bytes. */
+/** One holiday, 10 bytes. */
 typedef struct HOLIDAY_ROW {
     uint16_t reserved;
-    uint8_t month;    /* 1 to 12 */
+    uint8_t month;    /**< 1 to 12 */
     uint8_t day;
-    int16_t year;     /* four digits */
-    uint16_t session; /* 0 to 3, or 4 for all sessions */
-    uint16_t endTime; /* new end, hour and minute; 0xFFFF: the session does not take place */
+    int16_t year;     /**< four digits */
+    uint16_t session; /**< 0 to 3, or 4 for all sessions */
+    uint16_t endTime; /**< new end, hour and minute; 0xFFFF: the session does not take place */
 } HOLIDAY_ROW;
 
-/* Holidays of a security: 4 + 10 x sNumHolidays bytes, rows sorted by date and session. */
+/** Holidays of a security: 4 + 10 x sNumHolidays bytes, rows sorted by date and session. */
 typedef struct HOLIDAYS_INFO {
     int16_t sNumHolidays;
     uint8_t bAreAllHolidaysFull;
@@ -230,21 +231,21 @@ typedef struct HOLIDAYS_INFO {
     HOLIDAY_ROW rows[];
 } HOLIDAYS_INFO;
 
-/* One change to a security, 56 bytes. */
+/** One change to a security, 56 bytes. */
 typedef struct RTSecChange {
-    char symbol[16];   /* NUL-terminated, at most 15 characters */
-    uint32_t time;     /* time of the change */
-    char kind;         /* 'S' is the kind that the library acts on */
-    uint8_t rest[35];  /* stored and returned untouched */
+    char symbol[16];   /**< NUL-terminated, at most 15 characters */
+    uint32_t time;     /**< time of the change */
+    char kind;         /**< 'S' is the kind that the library acts on */
+    uint8_t rest[35];  /**< stored and returned untouched */
 } RTSecChange;
 
-/* Data of network event 6. */
+/** Data of network event 6. */
 typedef struct RTNetConnectResult {
     long value;
     long result;
 } RTNetConnectResult;
 
-/* Data of network event 8: a timestamp, a count and the records from offset 12. */
+/** Data of network event 8: a timestamp, a count and the records from offset 12. */
 typedef struct RTNetSecChangeBatch {
     long timestamp;
     int count;
@@ -298,13 +299,13 @@ QVN_STATIC_ASSERT(offsetof(RTNetSecChangeBatch, changes) == 12, "event 8 records
 /* ---- Callbacks that the library hands to the driver ------------------------------------ */
 
 typedef void (*NetworkCallback)(int event, void* data);
-/* status: 0 or above for data (a row number in a service list), negative when the service
+/** status: 0 or above for data (a row number in a service list), negative when the service
  * closes or rejects the security. field 0 ends a batch. */
 typedef int (*SecurityCallback)(unsigned long request, int status, int field, int dataType,
                                 void* data, unsigned long user);
 typedef int (*EodCallback)(unsigned long request, int count, int flags, RTPRICEREC* records,
                            unsigned long user);
-/* History packets hold records newest first and arrive newest first; live packets hold
+/** History packets hold records newest first and arrive newest first; live packets hold
  * them oldest first. A request ends with a call of count 0, data null and live 0. */
 typedef int (*TickCallback)(unsigned long request, int count, int live, int type, void* data,
                             unsigned long user);
@@ -320,7 +321,7 @@ typedef int (*StoryCallback)(unsigned long request, int status, unsigned long ar
  * Every entry point is required, except DisplayPreferencesDialog and the Linux dispatch
  * pair at the end. */
 
-/* connectBuffer is always 65536. Result: one of RTOPEN_*, or a code of the driver's. */
+/** connectBuffer is always 65536. Result: one of RTOPEN_*, or a code of the driver's. */
 typedef long (*clientOpenServer_t)(const char* firstText, const char* secondText,
                                    NetworkCallback callback, unsigned long connectBuffer,
                                    unsigned long connectNumber, unsigned long changeStamp,
@@ -329,7 +330,7 @@ typedef void (*clientCloseServer_t)(void);
 typedef long (*clientGetPropertyLong_t)(RTProperties property, long argument);
 typedef int (*clientGetPropertyString_t)(int property, char* buffer, int length, char* extra);
 
-/* clientGetExchangeLong and clientGetExchangeString are called in two shapes, one name
+/** clientGetExchangeLong and clientGetExchangeString are called in two shapes, one name
  * each. The field-access shape passes an exchange field (500 to 508) and an error word
  * pointer; the value of clientGetExchangeLong comes back in the bits of the pointer. The
  * plain shape passes an exchange property (RTEXPROP_*) with a default value (a long for
@@ -345,7 +346,7 @@ typedef unsigned short (*clientGetExchangeStringFieldAccess_t)(long exchange, in
 typedef int (*clientGetExchangeString_t)(int exchange, int property, char* buffer, int length,
                                          char* defaultText);
 
-/* symbols: `count` NUL-terminated symbols back to back. A symbol mapped through the symbol
+/** symbols: `count` NUL-terminated symbols back to back. A symbol mapped through the symbol
  * map arrives as the two names on two lines. Each symbol is answered under its own handle:
  * the returned handle plus the symbol's index. */
 typedef unsigned long (*clientReqSecurities_t)(const char* symbols, int assetType,
@@ -386,14 +387,14 @@ typedef unsigned long (*clientReqSessionInfo_t)(char* symbol, int assetType,
                                                 SessionCallback callback,
                                                 unsigned long user);
 
-/* Linux dispatch extension, optional. When a driver exports both, the library watches the
+/** Linux dispatch extension, optional. When a driver exports both, the library watches the
  * descriptor on its main loop from clientOpenServer's load to clientCloseServer's unload,
  * and calls clientDispatch when it is readable; the driver then makes every callback from
  * inside clientDispatch, so that callbacks arrive on the loop's thread. */
 typedef int (*clientGetPollFd_t)(void);
 typedef void (*clientDispatch_t)(void);
 
-/* Prototypes for a driver's own definitions. clientGetExchangeLong and
+/** Prototypes for a driver's own definitions. clientGetExchangeLong and
  * clientGetExchangeString are declared in their field-access shape (see above). */
 QVN_DRIVER_EXPORT long clientOpenServer(const char* firstText, const char* secondText,
                                         NetworkCallback callback, unsigned long connectBuffer,

@@ -1,3 +1,8 @@
+/// \file
+/// The application's hooks: qvnrt::SetUiHost (messages, panels, the browser),
+/// qvnrt::SetMainLoop (the loop that runs the library's timer and a driver's descriptor;
+/// qvnrt::PollLoop is the library's own) and qvnrt::SetClock. The library owns none of the
+/// objects installed; install them before the driver loads. See docs/applications.md.
 // The library's hooks into its host application: the user interface, the main loop and the
 // clock. Each has a default that works without any setup; an application installs its own
 // through the Set... calls, and tests install recording ones.

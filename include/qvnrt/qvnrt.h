@@ -1,4 +1,5 @@
-// QvnRT: everything an application uses, in one include.
+/// \file
+/// QvnRT: everything an application uses, in one include.
 #pragma once
 
 // Foundations: the framework replacement types, the driver contract, the host hooks.

@@ -44,6 +44,15 @@ TEST(DynamicLibrary, BareNameFallsBackOnTheLoadersSearch) {
     FreeLibrary(library);
 }
 
+TEST(DynamicLibrary, BareNameFoundNowhereElseIsLoadedFromTheInstalledDrivers) {
+    test::TempDir emptyHost;
+    ::setenv("QVNRT_APP_DIR", emptyHost.path().c_str(), 1);
+    void* library = LoadLibrary("libqvninstalled.so");
+    ASSERT_NE(nullptr, library) << LastLoadError();
+    EXPECT_EQ("installed", IdentityOf(library));
+    FreeLibrary(library);
+}
+
 TEST(DynamicLibrary, PathIsLoadedAsGivenAndFailuresAreExplained) {
     void* library = LoadLibrary(std::string(QVNPLUGIN_HOST_DIR) + "/" + kPluginName);
     ASSERT_NE(nullptr, library) << LastLoadError();

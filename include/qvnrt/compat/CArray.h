@@ -1,4 +1,5 @@
-// CStringArray, CPtrArray, CDWordArray: growing arrays with the framework's names.
+/// \file
+/// CStringArray, CPtrArray, CDWordArray: growing arrays with the framework's names.
 #pragma once
 
 #include <cassert>
@@ -10,9 +11,9 @@
 
 namespace qvnrt::compat {
 
-// The one implementation behind the three array classes. Indexes are not checked in
-// release builds, as with the framework's arrays: an index outside the array is a fault
-// of the caller.
+/// The one implementation behind the three array classes. Indexes are not checked in
+/// release builds, as with the framework's arrays: an index outside the array is a fault
+/// of the caller.
 template <class T>
 class QVNRT_API VectorArray {
 public:
@@ -41,7 +42,7 @@ public:
     }
     void RemoveAll() { m_items.clear(); }
 
-    // Direct access for range-for and algorithms.
+    /// Direct access for range-for and algorithms.
     auto begin() { return m_items.begin(); }
     auto end() { return m_items.end(); }
     auto begin() const { return m_items.begin(); }
@@ -58,6 +59,7 @@ private:
 
 }  // namespace qvnrt::compat
 
+/// The framework's array types, by element: text, untyped pointers (not owned), 32-bit words.
 class QVNRT_API CStringArray : public qvnrt::compat::VectorArray<CString> {};
 class QVNRT_API CPtrArray : public qvnrt::compat::VectorArray<void*> {};
 class QVNRT_API CDWordArray : public qvnrt::compat::VectorArray<uint32_t> {};

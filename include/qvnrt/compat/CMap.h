@@ -1,7 +1,8 @@
-// Hash maps that iterate in the framework's order. Files and callbacks expose that order
-// (a profile is written in it, services are listed in it), so it is part of the
-// behaviour: buckets in index order, and within a bucket the most recently inserted key
-// first. A key that is set again keeps its place.
+/// \file
+/// Hash maps that iterate in the framework's order. Files and callbacks expose that order
+/// (a profile is written in it, services are listed in it), so it is part of the
+/// behaviour: buckets in index order, and within a bucket the most recently inserted key
+/// first. A key that is set again keeps its place.
 #pragma once
 
 #include <cstdint>
@@ -12,13 +13,13 @@
 #include <qvnrt/compat/CString.h>
 #include <qvnrt/export.h>
 
-// An opaque iteration cursor; null is the end.
+/// An opaque iteration cursor; null is the end.
 struct __POSITION {};
 typedef __POSITION* POSITION;
 
 namespace qvnrt::compat {
 
-// h = h * 33 + c over the bytes, unsigned 32-bit.
+/// h = h * 33 + c over the bytes, unsigned 32-bit.
 struct StringHash {
     uint32_t operator()(const CString& key) const {
         uint32_t hash = 0;
@@ -27,7 +28,7 @@ struct StringHash {
     }
 };
 
-// The framework's hash of a numeric or pointer key: the value shifted right by 4.
+/// The framework's hash of a numeric or pointer key: the value shifted right by 4.
 struct ShiftHash {
     uint32_t operator()(unsigned long key) const { return static_cast<uint32_t>(key >> 4); }
     uint32_t operator()(const void* key) const {
@@ -35,6 +36,8 @@ struct ShiftHash {
     }
 };
 
+/// The one implementation behind the framework's maps, in the framework's iteration order.
+/// Values are stored as given: a map of pointers does not own what they point to.
 template <class K, class V, class Hash>
 class QVNRT_API HashMap {
 public:
@@ -48,7 +51,7 @@ public:
     bool IsEmpty() const { return m_count == 0; }
     unsigned GetHashTableSize() const { return m_tableSize; }
 
-    // Takes effect when the table is next built, that is while the map is empty.
+    /// Takes effect when the table is next built, that is while the map is empty.
     void InitHashTable(unsigned size) {
         if (m_count == 0 && size > 0) {
             RemoveAll();
@@ -109,7 +112,7 @@ public:
 
     POSITION GetStartPosition() const { return ToPosition(FirstFrom(0)); }
 
-    // Hands out the pair at `position` and moves it to the next pair, null at the end.
+    /// Hands out the pair at `position` and moves it to the next pair, null at the end.
     void GetNextAssoc(POSITION& position, K& key, V& value) const {
         const Node* node = reinterpret_cast<const Node*>(position);
         key = node->key;
@@ -151,12 +154,14 @@ private:
 
 }  // namespace qvnrt::compat
 
+/// Text to text, in the framework's order.
 class QVNRT_API CMapStringToString
     : public qvnrt::compat::HashMap<CString, CString, qvnrt::compat::StringHash> {
 public:
     using HashMap::HashMap;
 };
 
+/// Text to pointer, in the framework's order; the pointers are not owned.
 class QVNRT_API CMapStringToPtr
     : public qvnrt::compat::HashMap<CString, void*, qvnrt::compat::StringHash> {
 public:

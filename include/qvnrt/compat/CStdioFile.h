@@ -1,5 +1,6 @@
-// CFile, CStdioFile and CFileException: the file stream that the symbol map and the
-// private profile are written against.
+/// \file
+/// CFile, CStdioFile and CFileException: the file stream that the symbol map and the
+/// private profile are written against.
 #pragma once
 
 #include <cstdio>
@@ -8,6 +9,7 @@
 #include <qvnrt/compat/CString.h>
 #include <qvnrt/export.h>
 
+/// A failed file operation: the cause, the system's error number and the file's name.
 class QVNRT_API CFileException : public std::exception {
 public:
     enum {
@@ -33,7 +35,7 @@ public:
 
     const char* what() const noexcept override { return "file exception"; }
 
-    // Turns an errno value into a cause.
+    /// Turns an errno value into a cause.
     static int OsErrorToCause(int error);
 
     int m_cause;
@@ -41,6 +43,7 @@ public:
     CString m_strFileName;
 };
 
+/// A file opened with the framework's open flags.
 class QVNRT_API CFile {
 public:
     enum OpenFlags : unsigned {
@@ -64,12 +67,12 @@ public:
     CFile& operator=(const CFile&) = delete;
     virtual ~CFile();
 
-    // Opens the file; false with the cause in `error`, never an exception. Sharing flags
-    // have no meaning on Linux and are ignored.
+    /// Opens the file; false with the cause in `error`, never an exception. Sharing flags
+    /// have no meaning on Linux and are ignored.
     virtual bool Open(const char* fileName, unsigned openFlags, CFileException* error = nullptr);
-    // Closes, throwing CFileException when the data could not be written out.
+    /// Closes, throwing CFileException when the data could not be written out.
     virtual void Close();
-    // Closes and never throws.
+    /// Closes and never throws.
     virtual void Abort();
 
     virtual unsigned Read(void* buffer, unsigned count);
@@ -80,7 +83,7 @@ public:
     virtual void SetFilePath(const char* path) { m_strFileName = path; }
     bool IsOpen() const { return m_pStream != nullptr; }
 
-    // Both throw CFileException on failure (fileNotFound when there is no such file).
+    /// Both throw CFileException on failure (fileNotFound when there is no such file).
     static void Remove(const char* fileName);
     static void Rename(const char* oldName, const char* newName);
 
@@ -92,15 +95,15 @@ protected:
     CString m_strFileName;
 };
 
-// A text stream. Lines end at a line feed; a carriage return directly before it belongs to
-// the line end, so files written on Windows read the same. A lone carriage return is an
-// ordinary character, as it was in text mode there. Written text is stored as given: the
-// library writes "\n" line ends.
+/// A text stream. Lines end at a line feed; a carriage return directly before it belongs to
+/// the line end, so files written on Windows read the same. A lone carriage return is an
+/// ordinary character, as it was in text mode there. Written text is stored as given: the
+/// library writes "\n" line ends.
 class QVNRT_API CStdioFile : public CFile {
 public:
     CStdioFile() = default;
 
-    // Reads the next line without its line end; false at the end of the file.
+    /// Reads the next line without its line end; false at the end of the file.
     virtual bool ReadString(CString& line);
     virtual void WriteString(const char* text);
 };

@@ -1,4 +1,5 @@
-// CString: counted 8-bit text with value semantics, the text type of the whole interface.
+/// \file
+/// CString: counted 8-bit text with value semantics, the text type of the whole interface.
 #pragma once
 
 #include <cstdarg>
@@ -6,10 +7,12 @@
 
 #include <qvnrt/export.h>
 
+/// Counted 8-bit text with value semantics. It may hold NUL bytes; the conversion to
+/// const char* shows the text up to the first one.
 class QVNRT_API CString {
 public:
     CString() = default;
-    CString(const char* text);  // null gives empty
+    CString(const char* text);  ///< null gives empty
     CString(const char* text, int length);
     CString(char ch, int repeat = 1);
     CString(const std::string& text) : m_text(text) {}
@@ -21,12 +24,12 @@ public:
     CString& operator+=(const char* text);
     CString& operator+=(char ch);
 
-    // The text up to its first NUL byte; the value may hold more (see GetLength).
+    /// The text up to its first NUL byte; the value may hold more (see GetLength).
     operator const char*() const { return m_text.c_str(); }
     const char* GetString() const { return m_text.c_str(); }
     const std::string& str() const { return m_text; }
 
-    // Counts every byte, embedded NUL bytes too.
+    /// Counts every byte, embedded NUL bytes too.
     int GetLength() const { return static_cast<int>(m_text.size()); }
     bool IsEmpty() const { return m_text.empty(); }
     void Empty() { m_text.clear(); }
@@ -35,7 +38,7 @@ public:
     void SetAt(int index, char ch) { m_text[index] = ch; }
     char operator[](int index) const { return m_text[index]; }
 
-    // Comparisons stop at the first NUL byte, as the C string functions do.
+    /// Comparisons stop at the first NUL byte, as the C string functions do.
     int Compare(const char* text) const;
     int CompareNoCase(const char* text) const;
 
@@ -47,19 +50,19 @@ public:
     void FormatV(const char* format, va_list args);
     void AppendFormat(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
-    // Positions are byte offsets; -1 when not found. A start beyond the end finds nothing.
+    /// Positions are byte offsets; -1 when not found. A start beyond the end finds nothing.
     int Find(char ch, int start = 0) const;
     int Find(const char* text, int start = 0) const;
     int ReverseFind(char ch) const;
     int FindOneOf(const char* characters) const;
 
-    // Out-of-range counts and positions are clamped, never undefined.
+    /// Out-of-range counts and positions are clamped, never undefined.
     CString Left(int count) const;
     CString Mid(int first) const;
     CString Mid(int first, int count) const;
     CString Right(int count) const;
 
-    // White space is space, tab, CR, LF, vertical tab and form feed.
+    /// White space is space, tab, CR, LF, vertical tab and form feed.
     CString& TrimLeft();
     CString& TrimRight();
     CString& Trim();
@@ -74,8 +77,8 @@ public:
     int Insert(int index, const char* text);
     int Delete(int index, int count = 1);
 
-    // Raw access for C-style fillers. The buffer holds at least minLength bytes plus a
-    // terminator; ReleaseBuffer(-1) takes the length up to the first NUL.
+    /// Raw access for C-style fillers. The buffer holds at least minLength bytes plus a
+    /// terminator; ReleaseBuffer(-1) takes the length up to the first NUL.
     char* GetBuffer(int minLength);
     char* GetBufferSetLength(int length);
     void ReleaseBuffer(int newLength = -1);
