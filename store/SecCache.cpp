@@ -31,8 +31,7 @@ std::string KeyOf(const char* symbol) { return std::string(symbol).substr(0, kSy
 
 SecCache::SecCache()
     : cache<SecData1>(kSec1Signature, kGrowthStep),
-      m_sec2(kSec2Signature, kGrowthStep),
-      m_sec3(kSec3Signature, kGrowthStep) {}
+      m_sec2(kSec2Signature, kGrowthStep) {}
 
 SecCache::~SecCache() {
     m_map.forEach([](SecData1*, SecCacheEntry*& entry) {

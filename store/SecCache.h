@@ -45,7 +45,6 @@ private:
     void scan();
 
     cache<SecData2> m_sec2;
-    cache<SecData3> m_sec3;  // built and never opened
     SecCacheMap m_map;
     bool m_opened = false;
 };

@@ -45,7 +45,6 @@ public:
     void touch();
 
     SecData1* m_record;                          // the node's key too; moved by rebase
-    std::set<const void*> m_objects;             // kept empty
     // The objects that listen for changes of the symbol's session rules, by address. The
     // store never looks at them: the layer that adds them knows what they are.
     std::set<const void*> m_sessionListeners;
