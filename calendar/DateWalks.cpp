@@ -11,6 +11,7 @@
 namespace {
 
 using qvnrt::calendar::barSeconds;
+using qvnrt::calendar::clockTime;
 using qvnrt::calendar::dayAllowed;
 using qvnrt::calendar::daysPerWeek;
 using qvnrt::calendar::fullHolidayOn;
@@ -207,6 +208,7 @@ void Date::generalWalk(int64_t count, int weight, const SESSION_INFO* info,
     if (perWeek <= 0) return;
     firstSecondOfPeriod(weight, info, holidays, zone);
     const bool walking = weekWalkForward(count, weight, info, holidays, zone);
+    bool onWeekStart = false;
     if (walking && count > 0) {
         if (perWeek * kCarefulWeeks >= count) {
             Date ahead(*this);
@@ -216,8 +218,11 @@ void Date::generalWalk(int64_t count, int weight, const SESSION_INFO* info,
                     perWeek <= count) {
                     count -= perWeek;
                     m_value = ahead.m_value;
+                    onWeekStart = true;
                 } else if (!weekWalkForward(count, weight, info, holidays, zone)) {
                     break;
+                } else {
+                    onWeekStart = false;
                 }
                 ahead.addWeeks(1, zone);
             }
@@ -225,9 +230,13 @@ void Date::generalWalk(int64_t count, int weight, const SESSION_INFO* info,
             const int64_t weeks = count / perWeek;
             addWeeks(static_cast<int>(weeks), zone);
             count -= weeks * perWeek;
+            onWeekStart = count == 0;
             if (count > 0) weekWalkForward(count, weight, info, holidays, zone);
         }
     }
+    // Whole weeks may use up the count on a week's end, which need not be live: the answer
+    // is the first live bar from there on.
+    if (onWeekStart) weekWalkForward(count, weight, info, holidays, zone);
     // A landing in a gap or on a closed day moves on to the next live bar.
     const uint32_t landed = m_value;
     firstSecondOfPeriod(weight, info, holidays, zone);
@@ -249,6 +258,7 @@ void Date::generalWalkBackward(int64_t count, int weight, const SESSION_INFO* in
     if (perWeek <= 0) return;
     firstSecondOfPeriod(weight, info, holidays, zone);
     const bool walking = weekWalkBackward(count, weight, info, holidays, zone);
+    bool onWeekStart = false;
     if (walking && count > 0) {
         if (perWeek * kCarefulWeeks >= count) {
             Date behind(*this);
@@ -258,8 +268,11 @@ void Date::generalWalkBackward(int64_t count, int weight, const SESSION_INFO* in
                     !behind.zoneChangeNear(*this, zone) && perWeek <= count) {
                     count -= perWeek;
                     m_value = behind.m_value;
+                    onWeekStart = true;
                 } else if (!weekWalkBackward(count, weight, info, holidays, zone)) {
                     break;
+                } else {
+                    onWeekStart = false;
                 }
                 behind.addWeeks(-1, zone);
             }
@@ -267,9 +280,13 @@ void Date::generalWalkBackward(int64_t count, int weight, const SESSION_INFO* in
             const int64_t weeks = count / perWeek;
             addWeeks(-static_cast<int>(weeks), zone);
             count -= weeks * perWeek;
+            onWeekStart = count == 0;
             if (count > 0) weekWalkBackward(count, weight, info, holidays, zone);
         }
     }
+    // Whole weeks that use up the count exactly end on the earlier week's start: the bars
+    // counted were those from there on, so the answer is the first live bar from there.
+    if (onWeekStart) weekWalkForward(count, weight, info, holidays, zone);
     // Unlike the forward end, a landing in a gap goes back to the last bar before it: the
     // two ends differ on purpose.
     const uint32_t landed = m_value;
@@ -335,10 +352,10 @@ bool Date::weekWalkForward(int64_t& count, int weight, const SESSION_INFO* info,
         }
         session = (session + 1) % 4;
         // Past the crossover the calendar day turns, except on the first step out of a
-        // session whose trading day is already this date (it began the evening before).
-        // Kept: for a same-day security this is the step from session 3 to session 0, which
-        // then stays on the same date.
-        if (session == (crossover + 1) % 4 && !(first && tradeDay == weekday)) {
+        // session that began the evening before and whose trading day is already this date.
+        // For a same-day security this is the step from session 3 to session 0, and it
+        // always turns the date.
+        if (session == (crossover + 1) % 4 && !(first && !sameDay && tradeDay == weekday)) {
             stepCalendarDays(month, day, year, 1);
             weekday = nextWeekday(weekday);
         }
@@ -348,7 +365,10 @@ bool Date::weekWalkForward(int64_t& count, int weight, const SESSION_INFO* info,
         tradeDay = tradeDayOf(weekday, session, crossover, info, static_cast<int>(hour),
                               static_cast<int>(minute));
         first = false;
-        if (session == 0 && tradeDay == 7) {
+        // With no bar left to count, the walk goes on to the first live session, which may
+        // lie beyond the week's end: the anchor may be closed, and the search from there
+        // would pass over an evening.
+        if (session == 0 && tradeDay == 7 && count > 0) {
             m_value = anchor;
             return true;
         }
@@ -381,22 +401,25 @@ bool Date::weekWalkBackward(int64_t& count, int weight, const SESSION_INFO* info
     int weekday = static_cast<int>(dayOfWeek(zone));
     int tradeDay = tradeDayOf(weekday, session, crossover, info, static_cast<int>(hour),
                               static_cast<int>(minute));
+    // In the part after midnight of a session that crosses it, the session began the day
+    // before: the walk goes back from that day, or it would meet this session again when it
+    // next turns the date.
+    if (session == crossover && sessionStartTime(info, session) > clockTime(hour, minute)) {
+        stepCalendarDays(month, day, year, -1);
+        weekday = previousWeekday(weekday);
+        hour = hourOf(sessionStartTime(info, session));
+        minute = minuteOf(sessionStartTime(info, session));
+    }
     bool first = true;
-    // Kept: a same-day security has no crossover, so this loop never turns the calendar day
-    // back; it goes round the same day's sessions until the count is used or the day is a
-    // Sunday. On a day where no session is live that would never end: a round of the day's
-    // four sessions (after the first, partial one) that uses up no bar ends the walk there,
-    // with the Date and the count as they stood.
-    int64_t countAtRound = count;
-    bool negativeInRound = false;
-    for (int step = 0; sameDay || step < kWeekSteps; ++step) {
+    // The session whose step back turns the calendar day: the crossover, or for a same-day
+    // security session 3, the mirror of the forward walk's turn at session 0.
+    const int turning = sameDay ? 3 : crossover;
+    for (int step = 0; step < kWeekSteps; ++step) {
         const HOLIDAY_ROW* row = nullptr;
         // Rows are met going back, so each test reads them afresh.
         int index = holidays ? qvnrt::calendar::firstRowFrom(holidays, month, day, year) : 0;
         if (sessionCounts(month, day, year, hour, minute, crossover, info, session, tradeDay,
                           holidays, index, row)) {
-            // The session's own start: for the first one, that may be the evening before the
-            // date of this instant.
             Date start(*this);
             start.sessionStart(month, day, year, hour, minute, info, session, crossover, zone);
             const uint32_t from = start.m_value;
@@ -407,17 +430,18 @@ bool Date::weekWalkBackward(int64_t& count, int weight, const SESSION_INFO* info
                                zone);
                 to = end.m_value;
             }
+            // The mirror of the forward walk: a session with at least as many bars as are
+            // left holds the landing (its first bar when they are equal).
             const int bars = barsBetween(from, to, weight);
-            if (bars > count) {
+            if (bars >= count) {
                 m_value = from + Seconds(bars, bar) - Seconds(count, bar);
                 count = 0;
                 return true;
             }
             count -= bars;
-            negativeInRound = negativeInRound || bars < 0;
         }
         session = (session + 3) % 4;
-        if (session == crossover && !(first && tradeDay != weekday)) {
+        if (session == turning && !(first && tradeDay != weekday)) {
             stepCalendarDays(month, day, year, -1);
             weekday = previousWeekday(weekday);
         }
@@ -430,18 +454,6 @@ bool Date::weekWalkBackward(int64_t& count, int weight, const SESSION_INFO* info
         if (session == 0 && tradeDay == 7) {
             m_value = anchor;
             return true;
-        }
-        if (sameDay && step % 4 == 0) {
-            if (step > 0) {
-                const int64_t perRound = countAtRound - count;
-                if (perRound <= 0) return false;
-                // Every round of the same day uses the same bars, and while the count is at
-                // least that many no session of it can land: go straight to the round that
-                // lands. (A session that counts negative bars could; then go round by round.)
-                if (!negativeInRound) count %= perRound;
-            }
-            countAtRound = count;
-            negativeInRound = false;
         }
     }
     return false;

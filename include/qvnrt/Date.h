@@ -179,12 +179,11 @@ public:
     // - with a table of full holidays, a walk by one plain session that goes a whole day of
     //   bars beyond the next trading day lands outside the session;
     // - beyond 260 weeks of bars, whole weeks are skipped without regard to their holidays;
-    // - backward, a same-day security's walk stays on the day it starts from once the count
-    //   reaches the bars before it in its session (subPeriods gives 0 when that lands
-    //   later than the start), and a walk forward out of session 3 stays on that day too;
     // - for a security that opens its trading day the evening before, the search for the
     //   previous or next live session passes over a calendar day when it wraps round the
     //   session table.
+    // One bar on and one back from any live minute returns to it, and from nowhere else: the
+    // in-session test of the bar conversions relies on that.
 
     // code 'I': `count` bars on (negative: back) from the bar that holds this instant,
     // landing on a bar's first second; any other code goes to stepPeriods.
