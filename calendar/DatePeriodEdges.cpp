@@ -6,7 +6,7 @@
 
 #include "calendar/DateLog.h"
 #include "calendar/DayMask.h"
-#include "calendar/SessionRules.h"
+#include "calendar/SessionTable.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 
 #include "calendar/DateLog.h"
 #include "calendar/DatePeriodLog.h"
-#include "calendar/SessionRules.h"
+#include "calendar/SessionTable.h"
 
 namespace {
 

@@ -6,7 +6,7 @@
 #include <algorithm>
 
 #include "calendar/DayMask.h"
-#include "calendar/SessionRules.h"
+#include "calendar/SessionTable.h"
 #include "calendar/ZoneTable.h"
 
 namespace {

@@ -5,7 +5,7 @@
 #include <qvnrt/Date.h>
 
 #include "calendar/DayMask.h"
-#include "calendar/SessionRules.h"
+#include "calendar/SessionTable.h"
 #include "calendar/ZoneTable.h"
 
 namespace {
