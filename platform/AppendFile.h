@@ -9,7 +9,7 @@
 namespace qvnrt::platform {
 
 class AppendFile {
-public:
+  public:
     AppendFile() = default;
     ~AppendFile() { close(); }
     AppendFile(const AppendFile&) = delete;
@@ -23,7 +23,7 @@ public:
     bool write(const char* data, size_t length);
     void close();
 
-private:
+  private:
     int m_fd = -1;
 };
 

@@ -119,7 +119,7 @@ void Check(SESSION_INFO& session, HOLIDAYS_INFO* holidays, const BarList& bars, 
 }
 
 class PeriodReference : public ::testing::TestWithParam<int> {
-protected:
+  protected:
     SESSION_INFO m_session = Sessions(true, {{Hm(9, 30), Hm(16, 0)}});
 };
 

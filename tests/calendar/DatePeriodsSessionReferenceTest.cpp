@@ -86,9 +86,9 @@ HolidayTable Holidays(const Security& security) {
     CivilFromDays(kHoliday, y, m, d);
     CivilFromDays(kShortened, sy, sm, sd);
     const int last = static_cast<int>(security.sessions.size()) - 1;
-    return HolidayTable({{y, m, d, 4, 0xFFFF},
-                         {sy, sm, sd, last, static_cast<uint16_t>(security.shortenedEnd)}},
-                        false);
+    return HolidayTable(
+        {{y, m, d, 4, 0xFFFF}, {sy, sm, sd, last, static_cast<uint16_t>(security.shortenedEnd)}},
+        false);
 }
 
 // The starts of the session minutes (width 1) or bars of the trading days from a week before
