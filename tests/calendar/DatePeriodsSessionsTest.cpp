@@ -26,11 +26,8 @@ constexpr int kY = 2005, kM = 3;
 
 TEST(DatePeriodSessions, FuturesOpenTheTradingDayTheEveningBefore) {
     Walker futures{Sessions(false, {{Hm(18, 0), Hm(17, 0)}}), -1};
-    // Both parts of the session that runs from Wednesday 18:00 to Thursday 17:00 are in it.
-    for (const uint32_t minute : {At(kY, kM, 2, 18, 0), At(kY, kM, 2, 23, 59), At(kY, kM, 3, 0, 0),
-                                  At(kY, kM, 3, 10, 0), At(kY, kM, 3, 16, 59)}) {
-        EXPECT_TRUE(futures.inSession(minute)) << Text(minute);
-    }
+    // Live minutes are checked one by one in DatePeriodsSessionReferenceTest.cpp; from a gap,
+    // one minute on goes to the next session.
     uint32_t next = 0;
     EXPECT_FALSE(futures.inSession(At(kY, kM, 3, 17, 30), &next));
     EXPECT_EQ(Text(At(kY, kM, 3, 18, 0)), Text(next));
@@ -55,10 +52,6 @@ TEST(DatePeriodSessions, ANightAndADaySession) {
     // The night session opens the trading day: Sunday night belongs to Monday, Friday night to
     // Saturday.
     Walker night{Sessions(false, {{Hm(19, 0), Hm(7, 0)}, {Hm(8, 30), Hm(15, 15)}}), -5};
-    for (const uint32_t minute :
-         {At(kY, kM, 2, 3, 0), At(kY, kM, 2, 10, 0), At(kY, kM, 2, 20, 0), At(kY, kM, 6, 19, 30)}) {
-        EXPECT_TRUE(night.inSession(minute)) << Text(minute);
-    }
     uint32_t next = 0;
     EXPECT_FALSE(night.inSession(At(kY, kM, 2, 7, 30), &next));
     EXPECT_EQ(Text(At(kY, kM, 2, 8, 30)), Text(next));
