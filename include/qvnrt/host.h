@@ -125,4 +125,15 @@ public:
 // Installs a clock and returns the previous one; null restores the system clock.
 QVNRT_API Clock* SetClock(Clock* clock);
 
+// ---- Calendar mode ------------------------------------------------------------------------
+
+// Off by default: the calendar reckons as it always has, which applications rely on. On, it
+// reckons leap years as the Gregorian calendar does in the daylight changes (2000 is a leap
+// year, so its changes from March on fall where they fell). The setting is also read from
+// the value "Modern Calendar" (dword, 1 for on) of Software\Quorvane\RealTime in the
+// registry store, at the first conversion and again by setTimeZoneChangeFromQvn(), which
+// overrides this call. Set it before making Dates: a Date keeps the change moments of the
+// last zone and year it converted in. Main thread only, like the rest of the calendar.
+QVNRT_API void SetModernCalendar(bool on);
+
 }  // namespace qvnrt
