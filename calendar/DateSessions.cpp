@@ -178,7 +178,7 @@ bool PeriodWalk::isFullHoliday(const HOLIDAYS_INFO* holidays, uint8_t zone) cons
     if (holidayRows(holidays) == 0) return false;
     uint32_t month, day, year;
     m_date.getMDY(month, day, year, zone);
-    return qvnrt::calendar::fullHolidayOn(
+    return fullHolidayOn(
         holidayOrdinal(static_cast<int>(year), static_cast<int>(month), static_cast<int>(day)),
         holidays);
 }
@@ -204,7 +204,7 @@ int PeriodWalk::countFullHolidays(const Date& other, const HOLIDAYS_INFO* holida
     int low, high;
     OrderedOrdinals(m_date, other, resolvedZone(zone), low, high);
     int count = 0;
-    for (int k = qvnrt::calendar::firstRowFrom(holidays, low); k < rows; ++k) {
+    for (int k = firstRowFrom(holidays, low); k < rows; ++k) {
         const int ordinal = holidayOrdinal(holidays->rows[k]);
         if (ordinal > high) break;
         if (ordinal < low) continue;
@@ -228,7 +228,7 @@ bool PeriodWalk::holidayNear(const Date& other, const HOLIDAYS_INFO* holidays, u
                                    static_cast<int>(lowDay));
     const int high = holidayOrdinal(static_cast<int>(highYear), static_cast<int>(highMonth),
                                     static_cast<int>(highDay));
-    const int k = qvnrt::calendar::firstRowFrom(holidays, low);
+    const int k = firstRowFrom(holidays, low);
     return k < rows && holidayOrdinal(holidays->rows[k]) <= high;
 }
 
@@ -243,9 +243,9 @@ bool PeriodWalk::zoneChangeNear(const Date& other, uint8_t zone) const {
     int high = holidayOrdinal(static_cast<int>(otherYear), static_cast<int>(otherMonth),
                               static_cast<int>(otherDay));
     if (low > high) std::swap(low, high);
-    const qvnrt::calendar::ZoneRule standard = qvnrt::calendar::standardRule(zone, year);
+    const ZoneRule standard = standardRule(zone, year);
     if (standard.rule.month == 0) return false;
-    const qvnrt::calendar::ZoneRule daylight = qvnrt::calendar::daylightRule(zone, year);
+    const ZoneRule daylight = daylightRule(zone, year);
     const int y = static_cast<int>(year);
     for (const int changeMonth : {int{standard.rule.month}, int{daylight.rule.month}}) {
         if (changeMonth == 1 || changeMonth == 12) return true;

@@ -127,8 +127,7 @@ void PeriodWalk::fastWalk(int count, int weight, WallTime start, WallTime last,
         // inside the session: the change happens at T local, and the session must start two
         // hours after it. Kept: the second test reads the standard rule again where the
         // daylight rule was meant, so it repeats the first.
-        const qvnrt::calendar::ZoneRule rule =
-            qvnrt::calendar::standardRule(zone, m_date.getYear(zone));
+        const ZoneRule rule = standardRule(zone, m_date.getYear(zone));
         bool safe = true;
         if (rule.rule.month != 0) {
             const int64_t change = (static_cast<int64_t>(rule.change) - rule.bias) / 60;
@@ -333,7 +332,7 @@ bool PeriodWalk::weekWalkForward(int64_t& count, int weight, const SESSION_INFO*
     int tradeDay = tradeDayOf(weekday, session, crossover, info, static_cast<int>(hour),
                               static_cast<int>(minute));
     bool first = true;
-    int index = holidays ? qvnrt::calendar::firstRowFrom(holidays, month, day, year) : 0;
+    int index = holidays ? firstRowFrom(holidays, month, day, year) : 0;
     for (int step = 0; step < kWeekSteps; ++step) {
         const HOLIDAY_ROW* row = nullptr;
         if (sessionCounts(month, day, year, hour, minute, crossover, info, session, tradeDay,
@@ -424,7 +423,7 @@ bool PeriodWalk::weekWalkBackward(int64_t& count, int weight, const SESSION_INFO
     for (int step = 0; step < kWeekSteps; ++step) {
         const HOLIDAY_ROW* row = nullptr;
         // Rows are met going back, so each test reads them afresh.
-        int index = holidays ? qvnrt::calendar::firstRowFrom(holidays, month, day, year) : 0;
+        int index = holidays ? firstRowFrom(holidays, month, day, year) : 0;
         if (sessionCounts(month, day, year, hour, minute, crossover, info, session, tradeDay,
                           holidays, index, row)) {
             Date start(m_date);
