@@ -1,8 +1,11 @@
-// The opt-in modern calendar: off, the daylight reckoning of 2000 stays as it always was (no
-// leap day, so the US zones go back to standard time on 30 September); on, it follows the
-// Gregorian calendar. The switch comes from the registry store or from SetModernCalendar.
+// The opt-in modern calendar: off, the zone table and the daylight reckoning of 2000 stay as
+// they always were (no leap day, so the US zones go back to standard time on 30 September);
+// on, the mapped rows follow the tz database and the leap years the Gregorian calendar. The
+// switch comes from the registry store or from SetModernCalendar.
 #include <qvnrt/Date.h>
 #include <qvnrt/host.h>
+
+#include <cstdlib>
 
 #include <gtest/gtest.h>
 
@@ -42,7 +45,19 @@ INSTANTIATE_TEST_SUITE_P(
     Dates, ModernCalendar,
     ::testing::Values(Season{10, 15, 2000, 5, 4},  // the kept reckoning ends 2000's summer early
                       Season{10, 30, 2000, 5, 5}, Season{7, 1, 2000, 4, 4},
-                      Season{10, 15, 1999, 4, 4}, Season{10, 15, 2001, 4, 4}));
+                      Season{10, 15, 1999, 4, 4}, Season{10, 15, 2001, 4, 4},
+                      // Since 2007 summer time starts on the second Sunday of March.
+                      Season{3, 20, 2010, 5, 4}, Season{11, 3, 2012, 5, 4}));
+
+TEST(ModernCalendarSwitch, WithoutTheTzDatabaseTheZoneRowsStay) {
+    qvnrt::test::TempDir empty;
+    ::setenv("TZDIR", empty.path().c_str(), 1);
+    qvnrt::SetModernCalendar(true);
+    EXPECT_EQ(5, HoursBehind(3, 20, 2010));
+    EXPECT_EQ(4, HoursBehind(10, 15, 2000));  // the leap years are still reckoned anew
+    qvnrt::SetModernCalendar(false);
+    ::unsetenv("TZDIR");
+}
 
 TEST(ModernCalendarSwitch, RegistryValueIsReadAgainOnAZoneChange) {
     qvnrt::test::IsolatedHome home;
