@@ -40,3 +40,4 @@
 #include <qvnrt/CInetSymbolSearchDlg.h>
 #include <qvnrt/CNewsUnavailableDlg.h>
 #include <qvnrt/CSymbolHomePagesDlg.h>
+#include <qvnrt/CSymbolAtAGlanceDlg.h>
