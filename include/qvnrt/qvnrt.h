@@ -29,6 +29,7 @@
 // Price display.
 #include <qvnrt/CDoubleToFractRep.h>
 #include <qvnrt/CFractionDisplayOptions.h>
+#include <qvnrt/DialogView.h>
 
 // Configuration, symbols and research.
 #include <qvnrt/CInetResearch.h>
