@@ -16,7 +16,7 @@
 #include <qvnrt/export.h>
 
 class QVNRT_API CInetResearch {
-  public:
+public:
     CInetResearch();
     // The symbol is kept in upper case; either argument may be null.
     CInetResearch(const char* symbol, const char* extraText);
@@ -49,7 +49,7 @@ class QVNRT_API CInetResearch {
     // Returns the panel's result.
     int EditInetSearchURLs(CWnd* parent);
 
-  protected:
+protected:
     void CommonConstructor(const char* symbol, const char* extraText);
     void ResolveHomePage(int edit, CWnd* parent);
     // Fills the first "<SYMBOL>" and the first "<EXTRA>" in place.
@@ -58,7 +58,7 @@ class QVNRT_API CInetResearch {
     // scheme or an address that does not parse.
     int OpenURL(const char* url);
 
-  public:
+public:
     CString m_extraText;
     CString m_lastService;
     CString m_homePage;  // empty: not resolved yet

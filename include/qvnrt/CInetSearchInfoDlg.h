@@ -17,7 +17,7 @@
 class CInetResearch;
 
 class QVNRT_API CInetSearchInfoDlg : public qvnrt::Panel {
-  public:
+public:
     enum { IDD = 5274 };
     // Controls.
     enum {
@@ -52,7 +52,7 @@ class QVNRT_API CInetSearchInfoDlg : public qvnrt::Panel {
 
     // What a host supplies: the numbered controls and the service box (IDC_SERVICE_BOX).
     class QVNRT_API View : public qvnrt::DialogControls {
-      public:
+    public:
         virtual qvnrt::ComboBoxView& ServiceBox() = 0;
     };
 
@@ -75,7 +75,7 @@ class QVNRT_API CInetSearchInfoDlg : public qvnrt::Panel {
     void OnVisitHomePage();
     void OnAddEdit();
 
-  protected:
+protected:
     // save true reads the controls (false when they cannot be read); false shows the data.
     virtual bool DoDataExchange(View& view, bool save);
     void SetStepTwo(bool open);
@@ -83,7 +83,7 @@ class QVNRT_API CInetSearchInfoDlg : public qvnrt::Panel {
     void UpdateGoState();
     bool StepTwoOpen() const { return m_symbolCheck || m_extraCheck; }
 
-  public:
+public:
     CString m_serviceText;
     CString m_extraText;
     int m_extraCheck;

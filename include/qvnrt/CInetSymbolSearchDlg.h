@@ -15,7 +15,7 @@
 #include <qvnrt/host.h>
 
 class QVNRT_API CInetSymbolSearchDlg : public qvnrt::Panel {
-  public:
+public:
     enum { IDD = 5224 };
     enum {
         IDC_NAME_TEXT = 8020,
@@ -41,7 +41,7 @@ class QVNRT_API CInetSymbolSearchDlg : public qvnrt::Panel {
 
     // What a host supplies: the numbered controls and the list (IDC_SERVICE_LIST).
     class QVNRT_API View : public qvnrt::DialogControls {
-      public:
+    public:
         virtual qvnrt::ListView& ServiceList() = 0;
     };
 
@@ -64,13 +64,13 @@ class QVNRT_API CInetSymbolSearchDlg : public qvnrt::Panel {
     // Close: writes the file, then reads the controls; true when the panel may end (IDOK).
     virtual bool OnOK();
 
-  protected:
+protected:
     virtual bool DoDataExchange(View& view, bool save);
     void UpdateButtons();
     int FindRow(const CString& name);
     void ClearSelectedMark();
 
-  public:
+public:
     CString m_nameText;
     CString m_urlText;
     CPrivateProfile m_profile;

@@ -23,7 +23,7 @@
 #include <qvnrt/host.h>
 
 class QVNRT_API CSymbolAtAGlanceDlg : public qvnrt::Panel, public RTSecurity {
-  public:
+public:
     enum { IDD = 5222 };
     enum { IDB_REFRESH = 137, IDB_GOTO = 138 };           // bitmaps of those two buttons
     enum { IDI_ARROW_UP = 5293, IDI_ARROW_DOWN = 5292 };  // the tick arrows' icons
@@ -77,7 +77,7 @@ class QVNRT_API CSymbolAtAGlanceDlg : public qvnrt::Panel, public RTSecurity {
     // What a host supplies to show the panel. Every call is made on the loop's thread while
     // the panel is shown; none is made before OnInitDialog or after RunModal returns.
     class QVNRT_API View {
-      public:
+    public:
         virtual ~View();
 
         // The editable symbol box. GetSymbolText answers false when the box cannot be read
@@ -147,7 +147,7 @@ class QVNRT_API CSymbolAtAGlanceDlg : public qvnrt::Panel, public RTSecurity {
     // Runs the service editor; on OK the service box is filled again.
     void OnEditServices();
 
-  protected:
+protected:
     // save false: shows the symbol box and every text. save true: reads the symbol box
     // (a trailing " (d)" mark is not part of the symbol); false when it cannot be read.
     virtual bool DoDataExchange(View& view, bool save);
@@ -158,7 +158,7 @@ class QVNRT_API CSymbolAtAGlanceDlg : public qvnrt::Panel, public RTSecurity {
     void RebuildSymbolBox();
     void ShowTickArrow(Arrow shown, Arrow hidden);
 
-  public:
+public:
     CInetResearch m_research;
     View* m_pView;       // bound while the panel is shown, else null
     CWnd* m_pParentWnd;  // opaque to the library; for the host's placement

@@ -14,7 +14,7 @@
 #include <qvnrt/host.h>
 
 class QVNRT_API CSymbolHomePagesDlg : public qvnrt::Panel {
-  public:
+public:
     enum { IDD = 5223 };
     enum {
         IDC_SYMBOL_TEXT = 8020,
@@ -36,7 +36,7 @@ class QVNRT_API CSymbolHomePagesDlg : public qvnrt::Panel {
 
     // What a host supplies: the numbered controls and the list (IDC_PAGE_LIST).
     class QVNRT_API View : public qvnrt::DialogControls {
-      public:
+    public:
         virtual qvnrt::ListView& PageList() = 0;
     };
 
@@ -61,7 +61,7 @@ class QVNRT_API CSymbolHomePagesDlg : public qvnrt::Panel {
     // Rewrites the section from the list; true: the panel ends with IDOK.
     virtual bool OnOK();
 
-  protected:
+protected:
     virtual bool DoDataExchange(View& view, bool save);
     void TextChanged(const CString& keyText, bool offerTemplate);
     void DisableButtons();
@@ -69,7 +69,7 @@ class QVNRT_API CSymbolHomePagesDlg : public qvnrt::Panel {
     void ClearSelectedMark();
     CString Template() const;
 
-  public:
+public:
     CString m_symbolText;
     CString m_urlText;
     CWnd* m_pParentWnd;  // opaque to the library; for the host's placement

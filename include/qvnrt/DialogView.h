@@ -10,7 +10,7 @@ namespace qvnrt {
 
 // Texts, check boxes, enabled states, pictures and the default button, by control number.
 class QVNRT_API DialogControls {
-  public:
+public:
     virtual ~DialogControls();
     virtual void SetText(int control, const char* text) = 0;
     // False when the control cannot be read (the host's validation refused its text); the
@@ -30,7 +30,7 @@ class QVNRT_API DialogControls {
 
 // A drop-down list of texts, in the order of adding.
 class QVNRT_API ComboBoxView {
-  public:
+public:
     virtual ~ComboBoxView();
     virtual void ResetContent() = 0;
     virtual int AddString(const char* text) = 0;  // the new row's index
@@ -45,7 +45,7 @@ class QVNRT_API ComboBoxView {
 // most one. A row can also be marked (shown as a drop target would be), which leaves the
 // selection as it is.
 class QVNRT_API ListView {
-  public:
+public:
     virtual ~ListView();
     // Column headings; each column is as wide as its sample text would be.
     virtual void InsertColumn(int column, const char* heading, const char* widthSample) = 0;

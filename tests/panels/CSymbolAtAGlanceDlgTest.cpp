@@ -18,7 +18,7 @@ using Panel = CSymbolAtAGlanceDlg;
 
 // A host's view that keeps the panel's state as a screen would show it.
 class RecordingView : public Panel::View {
-  public:
+public:
     void SetSymbolText(const char* text) override { symbolBox = text; }
     bool GetSymbolText(CString& text) override {
         text = symbolBox.c_str();
@@ -62,7 +62,7 @@ class RecordingView : public Panel::View {
 };
 
 class GlanceTest : public ::testing::Test {
-  protected:
+protected:
     void SetUp() override { ASSERT_TRUE(session.Connect()); }
 
     // Opens the panel on the view, as a host does, and returns the subscription's handle.
