@@ -33,6 +33,7 @@ public:
     std::function<void()> onHeartBeat;
 
     bool interrupted() const { return m_interrupted; }
+    TerminalHost& host() { return m_host; }
 
 private:
     void OnConnectResult(int) override {}

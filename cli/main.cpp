@@ -7,6 +7,7 @@
 //   exchanges                       the exchanges the driver knows
 //   info                            the library's version and the driver it would load
 //   demo                            quotes of a few simulated securities for a few seconds
+//   glance SYMBOL                   one security's quote in full, live, with its research links
 #include <unistd.h>
 
 #include <cstdio>
@@ -18,6 +19,7 @@
 #include <qvnrt/qvnrt.h>
 
 #include "cli/CliSession.h"
+#include "cli/GlanceScreen.h"
 #include "cli/QuoteBoard.h"
 
 namespace {
@@ -27,8 +29,8 @@ using qvnrt::cli::QuoteBoard;
 
 constexpr double kSnapshotWaitSeconds = 5.0;
 constexpr double kDemoSeconds = 8.0;
-const std::vector<std::string> kDemoSymbols = {"ACME",   "BLTN",   "THMS.L", "EURUSD",
-                                               "UST10Y", "@USX",   "$USX"};
+const std::vector<std::string> kDemoSymbols = {"ACME",   "BLTN", "THMS.L", "EURUSD",
+                                               "UST10Y", "@USX", "$USX"};
 
 struct Options {
     std::string command;
@@ -47,7 +49,9 @@ int Usage() {
                  "the cache alone\n"
                  "  exchanges                       the exchanges the driver knows\n"
                  "  info                            version and driver\n"
-                 "  demo                            a few simulated quotes for a few seconds\n");
+                 "  demo                            a few simulated quotes for a few seconds\n"
+                 "  glance SYMBOL                   one quote in full, live; type a symbol to "
+                 "change it, q quits\n");
     return 2;
 }
 
@@ -160,6 +164,39 @@ int Info(const Options& options) {
     return 0;
 }
 
+// The Symbol At A Glance panel, shown through the terminal host. On a terminal it is live
+// until q or Ctrl-C; into a pipe it is printed once, when the first quote has come.
+int Glance(const Options& options) {
+    if (options.symbols.size() != 1) return Usage();
+    CliSession session;
+    if (!session.LoadDriver(options.driver) || !session.Connect()) return 1;
+    const bool interactive = ::isatty(STDOUT_FILENO);
+    bool quoted = false;
+    session.host().showGlance = [&](CSymbolAtAGlanceDlg& panel) {
+        qvnrt::cli::GlanceScreen screen(panel, stdout, interactive);
+        screen.Start();
+        if (interactive) {
+            session.Run(0, [&screen] { return screen.Done(); });
+        } else {
+            // A request that the service refused or closed has no handle left.
+            session.Run(kSnapshotWaitSeconds,
+                        [&] { return screen.Quoted() || panel.m_request == 0; });
+            screen.Draw();
+        }
+        quoted = screen.Quoted();
+        return qvnrt::IDOK;
+    };
+    DisplaySymbolAtAGlanceDlg(nullptr, options.symbols.front().c_str());
+    session.host().showGlance = nullptr;
+    RTServer::Disconnect();
+    if (interactive) std::printf("\n");
+    if (!interactive && !quoted) {
+        std::fprintf(stderr, "qvnrt-cli: no quote for %s\n", options.symbols.front().c_str());
+        return 1;
+    }
+    return 0;
+}
+
 // Quotes of a few simulated securities, with the embedded defaults: the cache in ./cache,
 // and the configuration in a fresh directory unless QVNRT_HOME names one.
 int Demo(Options options) {
@@ -187,5 +224,6 @@ int main(int argc, char** argv) {
     if (options.command == "exchanges") return Exchanges(options);
     if (options.command == "info") return Info(options);
     if (options.command == "demo") return Demo(options);
+    if (options.command == "glance") return Glance(options);
     return Usage();
 }

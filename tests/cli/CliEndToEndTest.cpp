@@ -72,6 +72,7 @@ TEST_F(CliEndToEnd, UnknownSymbolsAndMissingDriversAreReported) {
     const CliRun unknown = Cli("snapshot NOSUCH", work);
     EXPECT_NE(0, unknown.status);
     EXPECT_NE(std::string::npos, unknown.output.find("NOSUCH  unknown symbol"));
+    EXPECT_NE(0, Cli("glance NOSUCH", work).status);  // into a pipe: no quote is a failure
 
     const CliRun noDriver = Cli("--driver /no/such/driver.so quotes ACME --seconds 1", work);
     EXPECT_NE(0, noDriver.status);
