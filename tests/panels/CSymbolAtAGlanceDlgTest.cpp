@@ -135,14 +135,6 @@ INSTANTIATE_TEST_SUITE_P(Quotes, ChangeTest,
                                            ChangeCase{"Fall", 10.0f, 9.0, "-10.00%", false}),
                          [](const auto& info) { return std::string(info.param.name); });
 
-TEST_F(GlanceTest, EmptyBatchShowsOnlyTheChange) {
-    const unsigned long request = Open();
-    session.fake.fireSecurityEnd(request);
-    EXPECT_EQ("+" + Price(0.0), Text(Panel::kChange));
-    EXPECT_EQ("n/a", Text(Panel::kLast));
-    EXPECT_EQ("n/a", Text(Panel::kPercent));
-}
-
 TEST_F(GlanceTest, ZeroValuesLeaveTheirTexts) {
     const unsigned long request = Open();
     session.fake.fireSecurityFloat(request, RTFIELD_EPS, 0.0f);

@@ -167,19 +167,17 @@ TEST_F(HomePages, EmptyTextsAndNoSelectionAreRefused) {
 }
 
 TEST_F(HomePages, OkOnAnEmptyListRemovesTheSectionAndCancelLeavesTheFile) {
-    Open(nullptr);
-    while (!view.list.rows.empty()) {
-        Select(0);
-        dialog->OnRemove();
-    }
+    const auto removeEveryRow = [this] {
+        Open(nullptr);
+        while (!view.list.rows.empty()) {
+            Select(0);
+            dialog->OnRemove();
+        }
+    };
+    removeEveryRow();
     dialog.reset();  // Cancel: the file is as it was
     EXPECT_TRUE(HasSection("HomePages.txt", "HomePages"));
-
-    Open(nullptr);
-    while (!view.list.rows.empty()) {
-        Select(0);
-        dialog->OnRemove();
-    }
+    removeEveryRow();
     EXPECT_TRUE(dialog->OnOK());
     EXPECT_FALSE(HasSection("HomePages.txt", "HomePages"));
     EXPECT_EQ("yes", Value("HomePages.txt", "Notes", "kept"));
@@ -251,11 +249,6 @@ TEST_F(Services, RemoveTakesTheKeyOfTheTextBox) {
     EXPECT_TRUE(dialog.OnOK());
     EXPECT_NE("", Value("inetres.txt", "Internet Background Page", "Quotes"));
     EXPECT_EQ("", Value("inetres.txt", "Internet Background Page", "Companies"));
-
-    dialog.OnRemove();  // nothing selected now
-    view.texts[CInetSymbolSearchDlg::IDC_NAME_TEXT] = "";
-    dialog.OnAdd();
-    EXPECT_EQ((Strings{kNothingSelected, kMissingText}), MessageTexts());
 }
 
 TEST_F(Services, EditorRunsThroughTheHostAndTheResearchObjectRereads) {
@@ -347,13 +340,6 @@ TEST_F(Search, AVanishedLastServiceIsClearedOnTheFirstFill) {
     Open("IBM", nullptr);
     EXPECT_EQ(0, search.box.selected);
     EXPECT_FALSE(HasSection("inetres.txt", "Last Internet Search Service"));
-}
-
-TEST_F(Search, NoMatchingServiceOffersThePlaceholder) {
-    home.host().write("inetres.txt", "[Internet Background Page]\nPlain=http://example.com/\n");
-    Open("IBM", nullptr);
-    EXPECT_EQ(Strings{"<No services available>"}, search.box.rows);
-    EXPECT_EQ(0, search.box.selected);
 }
 
 }  // namespace
