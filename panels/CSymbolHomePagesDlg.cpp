@@ -59,11 +59,11 @@ int CSymbolHomePagesDlg::OnInitDialog(View& view) {
     return 1;
 }
 
-void CSymbolHomePagesDlg::DisableButtons() {
+void CSymbolHomePagesDlg::DisableButtons(bool okIsDefault) {
     for (int button : {IDC_ADD_BUTTON, IDC_UPDATE_BUTTON, IDC_REMOVE_BUTTON}) {
         m_pView->EnableControl(button, false);
     }
-    m_pView->SetDefaultButton(qvnrt::IDOK);
+    if (okIsDefault) m_pView->SetDefaultButton(qvnrt::IDOK);
 }
 
 void CSymbolHomePagesDlg::ClearTexts() {
@@ -84,7 +84,7 @@ void CSymbolHomePagesDlg::OnRowSelected() {
     qvnrt::ListView& list = view.PageList();
     const int selected = list.GetSelectedItem();
     if (selected < 0) {
-        DisableButtons();
+        DisableButtons(true);
         return;
     }
     m_symbolText = list.GetItemText(selected, 0);
@@ -128,21 +128,21 @@ void CSymbolHomePagesDlg::OnUrlFocus() {
 void CSymbolHomePagesDlg::OnAdd() {
     if (!m_pView || !DoDataExchange(*m_pView, true)) return;
     if (m_symbolText.IsEmpty() || m_urlText.IsEmpty()) {
-        DisableButtons();
+        DisableButtons(true);
         qvnrt::ShowMessage(kMissingTextString);
         return;
     }
     qvnrt::ListView& list = m_pView->PageList();
     list.EnsureVisible(AppendRow(list, m_symbolText, m_urlText));
     ClearSelectedMark();
-    DisableButtons();
+    DisableButtons(true);
     ClearTexts();
 }
 
 void CSymbolHomePagesDlg::OnUpdate() {
     if (!m_pView || !DoDataExchange(*m_pView, true)) return;
     if (m_symbolText.IsEmpty() || m_urlText.IsEmpty()) {
-        DisableButtons();
+        DisableButtons(true);
         qvnrt::ShowMessage(kMissingTextString);
         return;
     }
@@ -152,14 +152,14 @@ void CSymbolHomePagesDlg::OnUpdate() {
     list.SetItemText(selected, 0, m_symbolText);
     list.SetItemText(selected, 1, m_urlText);
     list.SetItemMarked(selected, false);
-    DisableButtons();
+    DisableButtons(false);
     ClearTexts();
 }
 
 void CSymbolHomePagesDlg::OnRemove() {
     if (!m_pView || !DoDataExchange(*m_pView, true)) return;
     if (m_symbolText.IsEmpty() || m_urlText.IsEmpty()) {
-        DisableButtons();
+        DisableButtons(false);
         qvnrt::ShowMessage(kNothingSelectedString);
         return;
     }
@@ -167,7 +167,7 @@ void CSymbolHomePagesDlg::OnRemove() {
     const int selected = list.GetSelectedItem();
     if (selected < 0) return;
     list.DeleteItem(selected);
-    DisableButtons();
+    DisableButtons(false);
     ClearTexts();
 }
 

@@ -64,7 +64,8 @@ public:
 protected:
     virtual bool DoDataExchange(View& view, bool save);
     void TextChanged(const CString& keyText, bool offerTemplate);
-    void DisableButtons();
+    // Add, Update and Remove off; with okIsDefault, Enter presses OK.
+    void DisableButtons(bool okIsDefault);
     void ClearTexts();
     void ClearSelectedMark();
     CString Template() const;
