@@ -41,7 +41,3 @@ int AppendRow(ListView& list, const char* first, const char* second) {
 }
 
 }  // namespace qvnrt::panels
-
-qvnrt::DialogControls::~DialogControls() = default;
-qvnrt::ComboBoxView::~ComboBoxView() = default;
-qvnrt::ListView::~ListView() = default;
