@@ -1,6 +1,5 @@
 #include "cli/GlanceScreen.h"
 
-#include <sys/ioctl.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -9,12 +8,13 @@
 #include <cstring>
 #include <utility>
 
+#include "cli/Terminal.h"
+
 namespace qvnrt::cli {
 namespace {
 
 constexpr unsigned kRedrawMs = 150;  // often enough to look live, rarely enough to be cheap
 constexpr int kValueWidth = 24;
-constexpr size_t kDefaultWidth = 80;
 
 constexpr char kCtrlE = 5, kCtrlG = 7, kCtrlP = 16, kTab = '\t', kEscape = 27;
 constexpr char kBackspace = 127, kCtrlH = 8;
@@ -44,13 +44,7 @@ bool LocaleIsUtf8() {
     return false;
 }
 
-size_t TerminalWidth(std::FILE* out) {
-    winsize size{};
-    if (::ioctl(::fileno(out), TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
-    return kDefaultWidth;
-}
-
-std::string Cell(const char* label, const std::string& value) {
+std::string LabelledValue(const char* label, const std::string& value) {
     std::string cell = std::string(label) + " " + value;
     if (cell.size() < kValueWidth + 14) cell.resize(kValueWidth + 14, ' ');
     return cell;
@@ -62,18 +56,17 @@ bool IsSymbolCharacter(char c) {
 
 }  // namespace
 
-GlanceScreen::GlanceScreen(Panel& panel, std::FILE* out, bool interactive)
+GlanceScreen::GlanceScreen(Panel& panel, std::FILE* out, bool interactive, bool colour)
     : m_panel(panel),
       m_out(out),
       m_interactive(interactive),
-      m_colour(interactive && !std::getenv("NO_COLOR")),
+      m_colour(interactive && colour),
       m_unicode(LocaleIsUtf8()) {}
 
 GlanceScreen::~GlanceScreen() {
     MainLoop& loop = GetMainLoop();
     if (m_redraw) loop.removeTimer(m_redraw);
     if (m_watchingInput) loop.unwatchFd(STDIN_FILENO);
-    if (m_rawMode) ::tcsetattr(STDIN_FILENO, TCSANOW, &m_savedTerminal);
 }
 
 void GlanceScreen::Start() {
@@ -83,14 +76,7 @@ void GlanceScreen::Start() {
     m_redraw = loop.addTimer(kRedrawMs, [this] {
         if (m_dirty) Draw();
     });
-    // Keys arrive one at a time, unechoed; Ctrl-C still interrupts (the session's signal).
-    if (::isatty(STDIN_FILENO) && ::tcgetattr(STDIN_FILENO, &m_savedTerminal) == 0) {
-        termios raw = m_savedTerminal;
-        raw.c_lflag &= ~(ICANON | ECHO);
-        raw.c_cc[VMIN] = 1;
-        raw.c_cc[VTIME] = 0;
-        m_rawMode = ::tcsetattr(STDIN_FILENO, TCSANOW, &raw) == 0;
-    }
+    // The command puts the terminal into key-by-key input (KeyInput) for the run.
     loop.watchFd(STDIN_FILENO, [this] { OnInput(); });
     m_watchingInput = true;
     Draw();
@@ -207,11 +193,42 @@ std::string GlanceScreen::Colored(const std::string& text, bool up) const {
     return (up ? "\x1b[32m" : "\x1b[31m") + text + "\x1b[0m";
 }
 
-std::vector<std::string> GlanceScreen::Lines() const {
-    const auto text = [this](Panel::Text which) {
-        const auto found = m_texts.find(which);
-        return found == m_texts.end() ? std::string(Panel::kNoValue) : found->second;
+std::string GlanceScreen::TextOf(Panel::Text which) const {
+    const auto found = m_texts.find(which);
+    return found == m_texts.end() ? std::string(Panel::kNoValue) : found->second;
+}
+
+bool GlanceScreen::Quoted() const {
+    return TextOf(Panel::kChange) != Panel::kNoValue;
+}
+
+std::vector<Column> GlanceScreen::Columns() {
+    return {Column{"FIELD", 14}, Column{"VALUE", 24, false, 0, true}};
+}
+
+std::vector<Row> GlanceScreen::Rows() const {
+    // The label without its colon names the field.
+    const auto field = [](const char* label) {
+        std::string name(label);
+        if (!name.empty() && name.back() == ':') name.pop_back();
+        return Cell{name};
     };
+    std::vector<Row> rows;
+    rows.push_back({field(Panel::kSymbolLabel), Cell{m_symbolBox}});
+    for (int text = 0; text < Panel::kTextCount; ++text) {
+        const auto which = static_cast<Panel::Text>(text);
+        const std::string value = TextOf(which);
+        Cell cell{value};
+        if (which == Panel::kChange && value != Panel::kNoValue)
+            cell.move = value[0] == '+' ? 1 : -1;
+        if (value == Panel::kNoValue) cell.text.reset();  // a value never delivered
+        rows.push_back({field(Panel::Label(which)), cell});
+    }
+    return rows;
+}
+
+std::vector<std::string> GlanceScreen::Lines() const {
+    const auto text = [this](Panel::Text which) { return TextOf(which); };
     std::vector<std::string> lines;
     lines.push_back(Panel::kTitle);
     std::string arrow = " ";
@@ -221,13 +238,13 @@ std::vector<std::string> GlanceScreen::Lines() const {
         arrow = Colored(m_unicode ? "\u25BC" : Panel::kDownArrowLetter, false);
     }
     std::string symbol = m_symbolBox + (m_editing ? "_" : "");
-    lines.push_back(Cell(Panel::kSymbolLabel, symbol) + arrow + " " +
+    lines.push_back(LabelledValue(Panel::kSymbolLabel, symbol) + arrow + " " +
                     Panel::Label(Panel::kExchange) + " " + text(Panel::kExchange));
     lines.push_back(std::string(Panel::Label(Panel::kDescription)) + " " +
                     text(Panel::kDescription));
     for (const auto& [left, right] : kRows) {
         std::string value = text(left);
-        std::string line = Cell(Panel::Label(left), value);
+        std::string line = LabelledValue(Panel::Label(left), value);
         if (right != Panel::kTextCount) {
             std::string rightValue = text(right);
             if (right == Panel::kChange && rightValue != Panel::kNoValue) {
@@ -259,13 +276,9 @@ std::vector<std::string> GlanceScreen::Lines() const {
 
 void GlanceScreen::Draw() {
     m_dirty = false;
+    if (!m_interactive) return;
     const std::vector<std::string> lines = Lines();
-    if (!m_interactive) {
-        for (const std::string& line : lines) std::fprintf(m_out, "%s\n", line.c_str());
-        std::fflush(m_out);
-        return;
-    }
-    const size_t width = TerminalWidth(m_out);
+    const size_t width = static_cast<size_t>(TerminalWidth(m_out));
     std::string screen = "\x1b[H\x1b[2J";
     for (const std::string& line : lines) {
         // Lines with colour codes are short of the width in any case.

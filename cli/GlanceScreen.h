@@ -8,8 +8,6 @@
 // services; q (outside an edit) or Ctrl-C quits.
 #pragma once
 
-#include <termios.h>
-
 #include <cstdio>
 #include <map>
 #include <string>
@@ -18,15 +16,17 @@
 #include <qvnrt/CSymbolAtAGlanceDlg.h>
 #include <qvnrt/host.h>
 
+#include "cli/Table.h"
+
 namespace qvnrt::cli {
 
 class GlanceScreen : public CSymbolAtAGlanceDlg::View {
 public:
     using Panel = CSymbolAtAGlanceDlg;
 
-    // `interactive`: draw in place and read keys from standard input (a terminal).
-    // Otherwise the panel is printed once, as plain lines.
-    GlanceScreen(Panel& panel, std::FILE* out, bool interactive);
+    // `interactive`: draw in place on `out` and read keys from standard input (a terminal).
+    // Otherwise nothing is drawn, and Rows() gives the panel for an output sink.
+    GlanceScreen(Panel& panel, std::FILE* out, bool interactive, bool colour);
     ~GlanceScreen() override;
     GlanceScreen(const GlanceScreen&) = delete;
     GlanceScreen& operator=(const GlanceScreen&) = delete;
@@ -36,11 +36,13 @@ public:
     // True once the user asked to quit.
     bool Done() const { return m_done; }
     // True once the panel has shown a quote (a change text is always written then).
-    bool Quoted() const {
-        return m_texts.count(Panel::kChange) && m_texts.at(Panel::kChange) != Panel::kNoValue;
-    }
+    bool Quoted() const;
     // Draws the panel now.
     void Draw();
+
+    // The panel as rows of a label and a value, for a pipe: the symbol, then every text.
+    static std::vector<Column> Columns();
+    std::vector<Row> Rows() const;
 
     // ---- The view ----
     void SetSymbolText(const char* text) override;
@@ -66,6 +68,7 @@ private:
     bool Usable(Panel::Button button) const;
     std::string Colored(const std::string& text, bool up) const;
     std::vector<std::string> Lines() const;
+    std::string TextOf(Panel::Text which) const;
 
     Panel& m_panel;
     std::FILE* m_out;
@@ -75,8 +78,6 @@ private:
     bool m_done = false;
     bool m_dirty = true;
     bool m_editing = false;
-    bool m_rawMode = false;
-    termios m_savedTerminal{};
     MainLoop::TimerId m_redraw = 0;
     bool m_watchingInput = false;
 
