@@ -246,6 +246,34 @@ TEST_P(CliBoard, FitsTheTerminalAndRestoresIt) {
     EXPECT_NE(std::string::npos, run.out.rfind("\x1b[?25h")) << "the cursor is back";
 }
 
+// The last drawing of the board: what follows the last "clear to the end of the screen".
+Lines LastDrawing(const std::string& output) {
+    const size_t start = output.rfind("\x1b[J");
+    return SplitLines(Visible(output.substr(start == std::string::npos ? 0 : start)));
+}
+
+TEST_F(CliEndToEnd, TheBoardFollowsAResize) {
+    const CliResult run = RunCliInTerminal(
+        {"quotes", "ACME", "UST10Y", "--seconds", "2"}, Environment({"TERM=xterm"}), 132, 24,
+        {std::chrono::milliseconds(800), [](int master) { ResizeTerminal(master, 50, 24); }});
+    ASSERT_EQ(0, run.status) << run.out;
+    const Lines last = LastDrawing(run.out);
+    ASSERT_GE(last.size(), 3u);
+    for (const std::string& line : last) EXPECT_LE(line.size(), 50u) << line;
+}
+
+TEST_F(CliEndToEnd, CtrlCEndsTheBoardAndLeavesTheTerminalClean) {
+    const CliResult run = RunCliInTerminal(
+        {"quotes", "ACME", "UST10Y"}, Environment({"TERM=xterm"}), 80, 24,
+        {std::chrono::milliseconds(800), TypeCtrlC});
+    EXPECT_EQ(0, run.status) << run.out;
+    EXPECT_EQ(std::string::npos, run.out.find("^C")) << "no echo inside the board";
+    const Lines last = LastDrawing(run.out);
+    ASSERT_GE(last.size(), 3u) << run.out;
+    EXPECT_EQ(0u, last[1].rfind("SYMBOL", 0)) << last[1];
+    EXPECT_NE(std::string::npos, run.out.rfind("\x1b[?25h")) << "the cursor is back";
+}
+
 INSTANTIATE_TEST_SUITE_P(Widths, CliBoard,
                          ::testing::Values(BoardCase{80, {}, true, true},
                                            BoardCase{60, {"--no-color"}, false, false},

@@ -4,6 +4,7 @@
 #include <poll.h>
 #include <pty.h>
 #include <signal.h>
+#include <sys/ioctl.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -40,14 +41,22 @@ int StatusOf(int waitStatus) {
     return -1;
 }
 
-// Reads every descriptor to its end (a pty's end reads as EIO), then reaps the child.
-int Collect(pid_t pid, const std::vector<std::pair<int, std::string*>>& outputs) {
-    const auto deadline = std::chrono::steady_clock::now() + kRunLimit;
+// Reads every descriptor to its end (a pty's end reads as EIO), doing `action` on its time,
+// then reaps the child.
+int Collect(pid_t pid, const std::vector<std::pair<int, std::string*>>& outputs,
+            const TerminalAction& action = {}) {
+    const auto start = std::chrono::steady_clock::now();
+    const auto deadline = start + kRunLimit;
+    bool acted = !action.act;
     std::vector<pollfd> open;
     for (const auto& output : outputs) open.push_back({output.first, POLLIN, 0});
     size_t remaining = open.size();
     while (remaining > 0 && std::chrono::steady_clock::now() < deadline) {
-        if (::poll(open.data(), open.size(), 100) < 0 && errno != EINTR) break;
+        if (!acted && std::chrono::steady_clock::now() - start >= action.after) {
+            action.act(outputs[0].first);
+            acted = true;
+        }
+        if (::poll(open.data(), open.size(), 20) < 0 && errno != EINTR) break;
         for (size_t i = 0; i < open.size(); ++i) {
             if (open[i].fd < 0 || open[i].revents == 0) continue;
             char buffer[4096];
@@ -90,8 +99,21 @@ CliResult RunCli(const std::vector<std::string>& arguments, const CliEnvironment
     return result;
 }
 
+void TypeCtrlC(int master) {
+    const char interrupt = '\x03';  // the terminal turns it into SIGINT
+    [[maybe_unused]] const ssize_t written = ::write(master, &interrupt, 1);
+}
+
+void ResizeTerminal(int master, int columns, int rows) {
+    winsize size{};
+    size.ws_col = static_cast<unsigned short>(columns);
+    size.ws_row = static_cast<unsigned short>(rows);
+    ::ioctl(master, TIOCSWINSZ, &size);  // the terminal sends SIGWINCH
+}
+
 CliResult RunCliInTerminal(const std::vector<std::string>& arguments,
-                           const CliEnvironment& environment, int columns, int rows) {
+                           const CliEnvironment& environment, int columns, int rows,
+                           const TerminalAction& action) {
     winsize size{};
     size.ws_col = static_cast<unsigned short>(columns);
     size.ws_row = static_cast<unsigned short>(rows);
@@ -100,7 +122,7 @@ CliResult RunCliInTerminal(const std::vector<std::string>& arguments,
     if (pid < 0) throw std::runtime_error("forkpty");
     if (pid == 0) Exec(arguments, environment);
     CliResult result;
-    result.status = Collect(pid, {{terminal, &result.out}});
+    result.status = Collect(pid, {{terminal, &result.out}}, action);
     return result;
 }
 

@@ -6,6 +6,7 @@
 #include <sys/types.h>
 
 #include <chrono>
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -26,10 +27,19 @@ struct CliEnvironment {
 // Runs to the end, capturing standard output and standard error apart.
 CliResult RunCli(const std::vector<std::string>& arguments, const CliEnvironment& environment);
 
-// Runs on a pseudo-terminal of `columns` x `rows`; everything the program wrote to it, as
-// the terminal received it.
+// What a user does at the terminal while the program runs, given the terminal's master side.
+struct TerminalAction {
+    std::chrono::milliseconds after{0};
+    std::function<void(int master)> act;
+};
+void TypeCtrlC(int master);
+void ResizeTerminal(int master, int columns, int rows);
+
+// Runs on a pseudo-terminal of `columns` x `rows`, doing `action` (if any) on the way;
+// everything the program wrote to it, as the terminal received it.
 CliResult RunCliInTerminal(const std::vector<std::string>& arguments,
-                           const CliEnvironment& environment, int columns, int rows);
+                           const CliEnvironment& environment, int columns, int rows,
+                           const TerminalAction& action = {});
 
 // A run whose standard output is read while it goes on.
 class CliProcess {
