@@ -6,6 +6,7 @@
 
 #include <qvnrt/CDoubleToFractRep.h>
 #include <qvnrt/Date.h>
+#include <qvnrt/RTServer.h>
 #include <qvnrt/driver.h>
 
 namespace {
@@ -244,8 +245,12 @@ void CSymbolAtAGlanceDlg::OnSecChanged() {
     if (percent != 0.0) m_texts[kPercent] = Formatted("%04.2f%%", percent);
 
     if (m_lTime != 0 && m_byExchange != kNoExchange) {
+        // Without a driver (a quote replayed from the cache) the forwarder answers 0, not
+        // the default; the default is what a driver gives for an exchange it does not know.
         unsigned long zone =
-            RTSecurity::GetExchangeLong(m_byExchange, RTEXPROP_ZONE, kFallbackZone);
+            RTServer::m_hInstance
+                ? RTSecurity::GetExchangeLong(m_byExchange, RTEXPROP_ZONE, kFallbackZone)
+                : kFallbackZone;
         if (zone == kUnlistedZone) zone = kFallbackZone;
         uint32_t month, day, year, hour, minute, second;
         Date(static_cast<uint32_t>(m_lTime))
