@@ -146,4 +146,11 @@ QVNRT_API Clock* SetClock(Clock* clock);
 // year it converted in. Main thread only, like the rest of the calendar.
 QVNRT_API void SetModernCalendar(bool on);
 
+// ---- Diagnostics --------------------------------------------------------------------------
+
+// Why the latest attempt to load a driver failed, in the loader's words (dlerror: the path
+// tried and the reason); empty after a load that succeeded. The text is the library's and
+// stays valid until the next load; main-loop thread only.
+QVNRT_API const char* LastDriverLoadError();
+
 }  // namespace qvnrt

@@ -30,6 +30,7 @@
 // Price display.
 #include <qvnrt/CDoubleToFractRep.h>
 #include <qvnrt/CFractionDisplayOptions.h>
+#include <qvnrt/DialogView.h>
 
 // Configuration, symbols and research.
 #include <qvnrt/CInetResearch.h>
@@ -41,3 +42,4 @@
 #include <qvnrt/CInetSymbolSearchDlg.h>
 #include <qvnrt/CNewsUnavailableDlg.h>
 #include <qvnrt/CSymbolHomePagesDlg.h>
+#include <qvnrt/CSymbolAtAGlanceDlg.h>
