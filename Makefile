@@ -3,16 +3,19 @@
 #               against the simulation driver
 #   make check  installs what is missing, builds, and runs every test, first in the plain
 #               build, then with AddressSanitizer and UndefinedBehaviorSanitizer
+#   make coverage   (not part of check) builds with gcov instrumentation, runs every test
+#               and prints line and branch coverage of the library's folders
 # Both are safe to run again.
 
 SHELL := /bin/bash
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 BUILD ?= build
 SANITIZE_BUILD ?= build-sanitize
+COVERAGE_BUILD ?= build-coverage
 PACKAGES := build-essential cmake pkg-config libgtest-dev libgmock-dev libbenchmark-dev \
-            libsqlite3-dev tzdata
+            libsqlite3-dev tzdata gcovr
 
-.PHONY: all deps build build-sanitize check test test-sanitize demo bench clean
+.PHONY: all deps build build-sanitize check test test-sanitize coverage demo bench clean
 
 all: build
 
@@ -50,6 +53,19 @@ test-sanitize: build-sanitize
 
 check: test test-sanitize
 
+# Tests, drivers, the program and the benchmarks are users of the library, not what is measured.
+$(COVERAGE_BUILD)/CMakeCache.txt: | deps
+	cmake -S . -B $(COVERAGE_BUILD) -DCMAKE_BUILD_TYPE=Debug -DQVNRT_COVERAGE=ON -DQVNRT_BUILD_BENCH=OFF
+
+coverage: deps $(COVERAGE_BUILD)/CMakeCache.txt
+	cmake --build $(COVERAGE_BUILD) -j $(JOBS)
+	find $(COVERAGE_BUILD) -name '*.gcda' -delete
+	cd $(COVERAGE_BUILD) && ctest --no-tests=error -j $(JOBS) --output-on-failure
+	gcovr --root . --object-directory $(COVERAGE_BUILD) \
+	  --exclude 'tests/' --exclude 'drivers/' --exclude 'bench/' --exclude 'cli/' \
+	  --exclude 'examples/' --exclude '$(COVERAGE_BUILD)/' --exclude-unreachable-branches \
+	  --exclude-throw-branches --print-summary --txt $(COVERAGE_BUILD)/coverage.txt
+
 demo: build
 	./$(BUILD)/cli/qvnrt-cli demo
 
@@ -57,4 +73,4 @@ bench: build
 	@for b in $(BUILD)/bench/*/bench_*; do [ -x "$$b" ] && "$$b"; done
 
 clean:
-	rm -rf $(BUILD) $(SANITIZE_BUILD)
+	rm -rf $(BUILD) $(SANITIZE_BUILD) $(COVERAGE_BUILD)
