@@ -7,6 +7,7 @@
 //   exchanges                       the exchanges the driver knows
 //   info                            the library's version and the driver it would load
 //   demo                            quotes of a few simulated securities for a few seconds
+//   list NAME, chain SYMBOL, ranked KIND, history SYMBOL: see cli/ListCommands.h
 #include <unistd.h>
 
 #include <cstdio>
@@ -18,6 +19,7 @@
 #include <qvnrt/qvnrt.h>
 
 #include "cli/CliSession.h"
+#include "cli/ListCommands.h"
 #include "cli/QuoteBoard.h"
 
 namespace {
@@ -37,7 +39,17 @@ struct Options {
     std::string cacheDirectory;
     double seconds = 0;  // 0: until Ctrl-C
     bool offline = false;
+    qvnrt::cli::ListOptions lists;  // the options of the list and history commands
 };
+
+// A whole number of at least `least`.
+bool ParseCount(const char* text, int least, int& value) {
+    char* end = nullptr;
+    const long parsed = std::strtol(text, &end, 10);
+    if (*end || parsed < least || parsed > 1000000) return false;
+    value = static_cast<int>(parsed);
+    return true;
+}
 
 int Usage() {
     std::fprintf(stderr,
@@ -47,7 +59,15 @@ int Usage() {
                  "the cache alone\n"
                  "  exchanges                       the exchanges the driver knows\n"
                  "  info                            version and driver\n"
-                 "  demo                            a few simulated quotes for a few seconds\n");
+                 "  demo                            a few simulated quotes for a few seconds\n"
+                 "  list NAME [--type N]            a service list, live (STOCKS, an exchange, "
+                 "an index)\n"
+                 "  chain SYMBOL                    an option chain, live\n"
+                 "  ranked gainers|losers|active|trades [--type N] [--rows N]\n"
+                 "                                  a ranked list, reordered each round\n"
+                 "    list, chain and ranked take [--seconds N] [--sort last|change|volume]\n"
+                 "  history SYMBOL [--days N] [--chart]  daily records; --chart draws "
+                 "candlesticks\n");
     return 2;
 }
 
@@ -65,6 +85,16 @@ bool Parse(int argc, char** argv, Options& options) {
             if (*end || options.seconds < 0) return false;
         } else if (arg == "--offline") {
             options.offline = true;
+        } else if (arg == "--type" && hasValue) {
+            if (!ParseCount(argv[++i], 0, options.lists.type)) return false;
+        } else if (arg == "--rows" && hasValue) {
+            if (!ParseCount(argv[++i], 1, options.lists.rows)) return false;
+        } else if (arg == "--days" && hasValue) {
+            if (!ParseCount(argv[++i], 1, options.lists.days)) return false;
+        } else if (arg == "--sort" && hasValue) {
+            options.lists.sort = argv[++i];
+        } else if (arg == "--chart") {
+            options.lists.chart = true;
         } else if (arg.rfind("--", 0) == 0) {
             return false;
         } else if (options.command.empty()) {
@@ -187,5 +217,12 @@ int main(int argc, char** argv) {
     if (options.command == "exchanges") return Exchanges(options);
     if (options.command == "info") return Info(options);
     if (options.command == "demo") return Demo(options);
+    options.lists.driver = options.driver;
+    options.lists.arguments = options.symbols;
+    options.lists.seconds = options.seconds;
+    if (options.command == "list") return qvnrt::cli::RunList(options.lists);
+    if (options.command == "chain") return qvnrt::cli::RunChain(options.lists);
+    if (options.command == "ranked") return qvnrt::cli::RunRanked(options.lists);
+    if (options.command == "history") return qvnrt::cli::RunHistory(options.lists);
     return Usage();
 }

@@ -1,6 +1,12 @@
 // qvnrt-cli against the simulation driver: quotes stream and print, and after the
 // connection has ended the cache serves the same fields.
+#include <sys/wait.h>
+
+#include <algorithm>
+#include <cctype>
 #include <cstdio>
+#include <optional>
+#include <vector>
 #include <map>
 #include <sstream>
 #include <string>
@@ -93,6 +99,89 @@ TEST_F(CliEndToEnd, TheSimulationIsTheSameForTheSameSeed) {
     ASSERT_EQ(0, first.status);
     EXPECT_EQ(first.output, second.output);
     EXPECT_EQ(3u, Rows(first.output).size());
+}
+
+// The rows of a board in their printed order: symbol and the number of a column (1 last,
+// 2 change, 5 volume), "-" read as nothing.
+std::vector<std::pair<std::string, std::optional<double>>> Column(const std::string& output,
+                                                                  int column) {
+    std::vector<std::pair<std::string, std::optional<double>>> rows;
+    std::istringstream lines(output);
+    for (std::string line; std::getline(lines, line);) {
+        std::istringstream words(line);
+        std::vector<std::string> cells;
+        for (std::string word; words >> word && cells.size() <= 6;) {
+            if (word != "(d)") cells.push_back(word);
+        }
+        if (cells.size() <= static_cast<size_t>(column) || cells[0] == "SYMBOL") continue;
+        const std::string& cell = cells[column];
+        rows.emplace_back(cells[0], cell == "-" ? std::nullopt
+                                                : std::optional<double>(std::stod(cell)));
+    }
+    return rows;
+}
+
+struct ListCase {
+    std::string arguments;
+    size_t leastRows, mostRows;
+    std::string symbolStart;  // every row's symbol starts so
+    int sortedColumn;         // 0: no order asked for
+};
+
+class CliLists : public CliEndToEnd, public ::testing::WithParamInterface<ListCase> {};
+
+TEST_P(CliLists, PrintRowsWithPricesInTheAskedOrder) {
+    const CliRun run = Cli(GetParam().arguments + " --seconds 1", work);
+    ASSERT_EQ(0, run.status) << run.output;
+    const auto rows = Column(run.output, GetParam().sortedColumn ? GetParam().sortedColumn : 1);
+    EXPECT_GE(rows.size(), GetParam().leastRows) << run.output;
+    EXPECT_LE(rows.size(), GetParam().mostRows) << run.output;
+    for (size_t i = 0; i < rows.size(); ++i) {
+        EXPECT_EQ(0u, rows[i].first.rfind(GetParam().symbolStart, 0)) << rows[i].first;
+        EXPECT_TRUE(rows[i].second.has_value()) << run.output;
+        if (GetParam().sortedColumn && i > 0 && rows[i].second) {
+            EXPECT_GE(*rows[i - 1].second, *rows[i].second) << run.output;
+        }
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Commands, CliLists,
+    ::testing::Values(ListCase{"list STOCKS", 5, 100, "", 0},
+                      ListCase{"list STOCKS --sort volume", 5, 100, "", 5},
+                      ListCase{"chain ACME --sort last", 4, 1000, "ACME", 1},
+                      ListCase{"ranked gainers --rows 5", 5, 5, "", 0},
+                      ListCase{"ranked active --rows 3 --sort change", 3, 3, "", 2}),
+    [](const ::testing::TestParamInfo<ListCase>& info) {
+        std::string name;
+        for (char c : info.param.arguments) {
+            name += std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
+        }
+        return name;
+    });
+
+TEST_F(CliEndToEnd, HistoryPrintsDaysOldestFirstAndChartsThem) {
+    const CliRun run = Cli("history ACME --days 30 --chart", work);
+    ASSERT_EQ(0, run.status) << run.output;
+    std::istringstream lines(run.output);
+    std::vector<std::string> days;
+    int chartRows = 0;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.size() > 10 && line[4] == '-' && line[7] == '-') days.push_back(line.substr(0, 10));
+        chartRows += line.find("┤") != std::string::npos;
+    }
+    ASSERT_EQ(30u, days.size()) << run.output;
+    EXPECT_TRUE(std::is_sorted(days.begin(), days.end()));
+    EXPECT_EQ(std::adjacent_find(days.begin(), days.end()), days.end());
+    EXPECT_EQ(16, chartRows);
+    EXPECT_NE(std::string::npos, run.output.find(days.back(), run.output.rfind("┤")));
+}
+
+TEST_F(CliEndToEnd, ListCommandsSayWhatIsWrong) {
+    EXPECT_EQ(1, WEXITSTATUS(Cli("history NOSUCH", work).status));
+    EXPECT_EQ(1, WEXITSTATUS(Cli("list NOSUCH", work).status));
+    EXPECT_EQ(2, WEXITSTATUS(Cli("ranked sideways", work).status));
+    EXPECT_EQ(2, WEXITSTATUS(Cli("list STOCKS --sort name", work).status));
 }
 
 }  // namespace

@@ -76,7 +76,13 @@ TEST_P(SecRequestRange, ClampsIntoTheArray) {
 
 INSTANTIATE_TEST_SUITE_P(Ranges, SecRequestRange,
                          ::testing::Values(Range{2, 1, {"B"}}, Range{-5, 99, {"A", "B", "C", "D"}},
-                                           Range{1, 2, {"B", "C"}}, Range{3, -1, {"D"}}));
+                                           Range{1, 2, {"B", "C"}}, Range{3, -1, {"D"}}),
+                         [](const ::testing::TestParamInfo<Range>& info) {
+                             const auto name = [](int n) {
+                                 return (n < 0 ? "minus" : "") + std::to_string(n < 0 ? -n : n);
+                             };
+                             return name(info.param.first) + "_to_" + name(info.param.last);
+                         });
 
 TEST_F(SecList, SkippedEntriesTakeNoHandleAndTheOthersStayConsecutive) {
     unsigned char fields[] = {4, 5, 0};
