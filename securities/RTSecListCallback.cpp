@@ -6,8 +6,8 @@
 #include <exception>
 
 #include "platform/LiveObjects.h"
+#include "securities/CacheBinding.h"
 #include "securities/SecListRows.h"
-#include "store/SecCache.h"
 #include "store/SecCacheEntry.h"
 
 namespace {
@@ -54,9 +54,9 @@ int ServiceRow(RTSecList& list, int status) {
 // record of the symbol that the row showed before.
 void OpenRow(RTSec_Base& security, const char* symbol) {
     if (security.m_pCacheEntry && security.m_strSymbol != symbol) {
-        RTSecCache::closeEntry(&security);
+        qvnrt::securities::closeEntry(&security);
     }
-    RTSecCache::openEntry(symbol, &security, "");
+    qvnrt::securities::openEntry(symbol, &security, "");
 }
 
 }  // namespace

@@ -8,8 +8,8 @@
 
 #include <qvnrt/RTServer.h>
 
+#include "securities/CacheBinding.h"
 #include "securities/SecListRows.h"
-#include "store/SecCache.h"
 
 namespace {
 
@@ -61,7 +61,7 @@ int RTSecList::SecRequest(int first, int last) {
         symbols += '\0';
         ++count;
         // Offline this replays the cached fields into the object at once.
-        RTSecCache::openEntry(security->m_strSymbol, security, m_strFields);
+        qvnrt::securities::openEntry(security->m_strSymbol, security, m_strFields);
     }
 
     m_request = 0;

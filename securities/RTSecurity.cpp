@@ -9,8 +9,8 @@
 #include <qvnrt/RTServer.h>
 
 #include "platform/LiveObjects.h"
+#include "securities/CacheBinding.h"
 #include "securities/DefaultFields.h"
-#include "store/SecCache.h"
 #include "store/SecCacheEntry.h"
 
 namespace {
@@ -78,7 +78,7 @@ int RTSecurity::ReqSecurity(const char* symbol, char* fields, RTSecurityType typ
     m_lastError = 0;
     const CString activeFields = fields ? CString(fields) : m_strDefaultFields;
     // While offline this may call back at once, replaying the cached fields.
-    RTSecCache::openEntry(m_strSymbol, this, activeFields);
+    qvnrt::securities::openEntry(m_strSymbol, this, activeFields);
     if (activeFields.IsEmpty()) return 1;
     if (RTServer::IsConnected()) {
         const CString requestSymbol = (flags & kUnmappedSymbol) ? m_strSymbol : GetReqSymbol();

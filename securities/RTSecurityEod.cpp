@@ -10,7 +10,8 @@
 #include <qvnrt/RTServer.h>
 
 #include "platform/LiveObjects.h"
-#include "store/PendingEod.h"
+#include "securities/PendingEod.h"
+#include "securities/SecuritiesState.h"
 
 namespace {
 
@@ -24,8 +25,8 @@ constexpr int kFinal = 0x1;                // bit 0 of a batch's flags: the data
 constexpr int kMaxBatchRecords = 1 << 16;
 constexpr size_t kMaxPendingRecords = size_t{1} << 20;
 
-RTSecCache::PendingEodEntry& PendingEntryOf(RTSecurity* security) {
-    return RTSecCache::s_pendingEod[security];
+qvnrt::securities::PendingEodEntry& PendingEntryOf(RTSecurity* security) {
+    return qvnrt::securities::State().pendingEod()[security];
 }
 
 // A record with only a closing price gets it as all four prices; a missing value is
@@ -41,7 +42,7 @@ void Repair(RTPRICEREC& record) {
 // Batches come newest first, so each goes in front of what the entry holds. A batch's
 // last (oldest) record may be the day that the entry starts with: it takes that record's
 // place, the later values winning.
-void Merge(RTSecCache::PendingEodEntry& entry, const RTPRICEREC* records, int count) {
+void Merge(qvnrt::securities::PendingEodEntry& entry, const RTPRICEREC* records, int count) {
     int inserted = count;
     if (!entry.records.empty() && entry.records.front().date == records[count - 1].date) {
         entry.records.front() = records[count - 1];
@@ -68,7 +69,7 @@ bool RTSecurity::RequestEOD(EODDATA* request, int flags, ServiceLimit limit) {
 }
 
 void RTSecurity::CloseEOD() {
-    RTSecCache::s_pendingEod.erase(this);  // undelivered records are dropped
+    qvnrt::securities::State().pendingEod().erase(this);  // undelivered records are dropped
     RTServer::CloseEvent(m_eodRequest);
 }
 
@@ -81,7 +82,7 @@ int RTSecurity::ReqEODCallbackHelper(unsigned long, int count, int flags, RTPRIC
         RTSecurity* security = qvnrt::platform::LiveObjects<RTSec_Base>::Cast<RTSecurity>(user);
         if (!security) return 0;
         if (count > 0 && (!records || count > kMaxBatchRecords)) return 0;
-        RTSecCache::PendingEodEntry& entry = PendingEntryOf(security);
+        qvnrt::securities::PendingEodEntry& entry = PendingEntryOf(security);
         if (count > 0) {
             if (entry.records.size() + static_cast<size_t>(count) > kMaxPendingRecords) return 0;
             entry.complete = (flags & kFinal) != 0;

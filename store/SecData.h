@@ -37,11 +37,6 @@ struct SecData2 {
     uint8_t fields44[28]; // 44: the other fields, by offset; 68 is a free slot's link
 };
 
-// Built and never opened; no code reads or writes it.
-struct SecData3 {
-    uint8_t bytes[500];
-};
-
 static_assert(sizeof(SecData1) == 260);
 static_assert(offsetof(SecData1, name) == 20);
 static_assert(offsetof(SecData1, session) == 56);
@@ -51,11 +46,9 @@ static_assert(offsetof(SecData1, lastStore) == 232);
 static_assert(offsetof(SecData1, tikTime) == 252);
 static_assert(offsetof(SecData1, tikSize) == 256);
 static_assert(sizeof(SecData2) == 72);
-static_assert(sizeof(SecData3) == 500);
 
 constexpr uint32_t kSec1Signature = 0x9432e105;
 constexpr uint32_t kSec2Signature = 0x9432e204;
-constexpr uint32_t kSec3Signature = 0x9432e304;
 constexpr int kFieldCount = 60;  // presence bits 0 to 59
 constexpr int kClosedBit = 0;
 

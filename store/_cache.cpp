@@ -2,26 +2,14 @@
 
 #include <algorithm>
 #include <climits>
-#include <cstdlib>
 #include <cstring>
 #include <iostream>
 #include <string>
 
-#include "platform/Clock.h"
-
 namespace RTSecCache {
-namespace {
 
-constexpr time_t kPurgeInterval = 86400;
-
-}  // namespace
-
-bool firstByteSet(const void* record) {
-    return *static_cast<const unsigned char*>(record) != 0;
-}
-
-_cache::_cache(uint32_t signature, unsigned growthStep, InUsePredicate inUse, unsigned recordSize)
-    : m_signature(signature), m_growthStep(growthStep), m_inUse(inUse), m_recordSize(recordSize) {}
+_cache::_cache(uint32_t signature, unsigned growthStep, unsigned recordSize)
+    : m_signature(signature), m_growthStep(growthStep), m_recordSize(recordSize) {}
 
 _cache::~_cache() {
     // Kept: a decrement, not a reset, so a process that attached to another's file leaves
@@ -66,10 +54,6 @@ bool _cache::open(const char* path) {
 void* _cache::allocate() {
     if (!m_view || m_recordSize < kLinkSize) return nullptr;
     CacheFileHeader* h = header();
-    if (h->freeCount == 0 && std::llabs(static_cast<long long>(qvnrt::platform::Now()) -
-                                        static_cast<long long>(lastPurge)) > kPurgeInterval) {
-        purge();
-    }
     // Added by the port: a damaged file may claim free slots with a head outside the file.
     // Such a list is dropped, as a damaged link is below, instead of being written through.
     if (h->freeCount > 0 && !holdsSlot(h->freeHead)) h->freeCount = 0;
@@ -85,8 +69,6 @@ void* _cache::allocate() {
     if (h->freeHead < 0 || h->freeHead >= h->capacity) h->freeCount = 0;
     return slot(taken);
 }
-
-void _cache::purge() {}
 
 void* _cache::slot(int32_t index) const {
     return static_cast<char*>(m_view) + kHeaderSize + static_cast<size_t>(index) * m_recordSize;

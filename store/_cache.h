@@ -8,7 +8,6 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
-#include <ctime>
 
 #include "store/filemapping.h"
 
@@ -35,15 +34,13 @@ static_assert(offsetof(CacheFileHeader, reserved) == 24);
 
 class _cache : public filemapping {
 public:
-    using InUsePredicate = bool (*)(const void* record);
-
     static constexpr uint32_t kVersion = 1;
     static constexpr unsigned kHeaderSize = sizeof(CacheFileHeader);
     // The free list's link: the last four bytes of a free slot.
     static constexpr unsigned kLinkSize = 4;
 
     // `recordSize` must be at least kLinkSize; allocate refuses to work otherwise.
-    _cache(uint32_t signature, unsigned growthStep, InUsePredicate inUse, unsigned recordSize);
+    _cache(uint32_t signature, unsigned growthStep, unsigned recordSize);
     // Decrements the lock count when a view exists, then closes.
     ~_cache() override;
 
@@ -54,8 +51,6 @@ public:
     // A free slot, growing the file when none is left; null when there is no view or the
     // file cannot grow (said once on std::clog, and everything stored stays in place).
     void* allocate();
-    // Empty: records are never given back.
-    void purge();
 
     // The header, or null when nothing is mapped. Valid until the view moves.
     CacheFileHeader* header() const { return static_cast<CacheFileHeader*>(m_view); }
@@ -68,16 +63,11 @@ public:
     uint32_t signature() const { return m_signature; }
     unsigned growthStep() const { return m_growthStep; }
     unsigned recordSize() const { return m_recordSize; }
-    InUsePredicate inUse() const { return m_inUse; }
 
 protected:
     uint32_t m_signature;
     unsigned m_growthStep;
-    // Stored for the record type's sake; nothing calls it.
-    InUsePredicate m_inUse;
     unsigned m_recordSize;
-    // Never written, so every allocation that finds no free slot calls purge.
-    time_t lastPurge = 0;
 
 private:
     bool grow();
@@ -87,8 +77,5 @@ private:
     // Added by the port: a failed growth is said once, not at every allocation after it.
     bool m_growthFailureReported = false;
 };
-
-// The in-use predicate of every record type of the store: the first byte is not 0.
-bool firstByteSet(const void* record);
 
 }  // namespace RTSecCache

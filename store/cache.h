@@ -21,7 +21,7 @@ public:
     static_assert(kHeaderSize % alignof(T) == 0, "slots must be aligned for T");
 
     explicit cache(uint32_t signature, unsigned growthStep = 1024)
-        : _cache(signature, growthStep, &firstByteSet, sizeof(T)) {}
+        : _cache(signature, growthStep, sizeof(T)) {}
 
     T* allocate() {
         void* slot = _cache::allocate();

@@ -1,20 +1,20 @@
-#include "store/PendingEod.h"
+#include "securities/PendingEod.h"
 
 #include <exception>
 
 #include <qvnrt/RTSecurity.h>
 
 #include "platform/LiveObjects.h"
+#include "securities/SecuritiesState.h"
 
-namespace RTSecCache {
-
-std::map<RTSecurity*, PendingEodEntry, std::less<>> s_pendingEod;
+namespace qvnrt::securities {
 
 // Each entry goes over whole in the first tick in which its security is ready. While the
 // data is not final, the first record is the one that a further batch could still
 // overwrite: it is held back from the main call and sent alone, with flags 0, after it.
 void DeliverPendingEod() {
-    for (auto at = s_pendingEod.begin(); at != s_pendingEod.end();) {
+    PendingEodMap& pending = State().pendingEod();
+    for (auto at = pending.begin(); at != pending.end();) {
         RTSecurity* security = at->first;
         if (!security->IsReadyForRTCallback()) {
             ++at;
@@ -23,7 +23,7 @@ void DeliverPendingEod() {
         // Taken out of the map first: the owner's handler may close the request, and so
         // erase its own entry, while it runs.
         PendingEodEntry entry = std::move(at->second);
-        at = s_pendingEod.erase(at);
+        at = pending.erase(at);
         const RTSecurity* const key = security;
         // The owner's handler may destroy the security; its remaining calls then go nowhere.
         const auto alive = [security] {
@@ -47,8 +47,8 @@ void DeliverPendingEod() {
             }
         } catch (const std::exception&) {
         }
-        at = s_pendingEod.upper_bound(const_cast<RTSecurity*>(key));
+        at = pending.upper_bound(const_cast<RTSecurity*>(key));
     }
 }
 
-}  // namespace RTSecCache
+}  // namespace qvnrt::securities
