@@ -26,23 +26,31 @@ std::string DayText(uint32_t date) {
     return text;
 }
 
-std::vector<std::string> HistoryLines(HistorySecurity& security) {
-    std::vector<std::string> lines{
-        "DATE        OPEN          HIGH          LOW           CLOSE         VOLUME"};
+const std::vector<Column>& HistoryColumns() {
+    static const std::vector<Column> columns = {
+        {"DATE", 10, false, 0, false}, {"OPEN", 7, true, 2, false},
+        {"HIGH", 7, true, 3, false},   {"LOW", 7, true, 3, false},
+        {"CLOSE", 7, true, 0, false},  {"VOLUME", 8, true, 1, false},
+    };
+    return columns;
+}
+
+std::vector<Row> HistoryRows(HistorySecurity& security) {
+    std::vector<Row> rows;
+    CDoubleToFractRep rep(&security);
+    // ToString answers in a shared buffer: each price is copied before the next.
+    const auto price = [&rep](double value) { return Cell{std::string(rep.ToString(value))}; };
     for (const auto& [date, record] : security.days) {
-        CDoubleToFractRep rep(&security);
         const Candle candle = CandleOf(record);
-        // ToString answers in a shared buffer: each price is copied before the next.
-        const std::string open = rep.ToString(candle.open), high = rep.ToString(candle.high),
-                          low = rep.ToString(candle.low), close = rep.ToString(candle.close);
-        const std::string volume =
-            record.value == QVN_MISSING_INT ? "-" : std::to_string(record.value);
-        char line[160];
-        std::snprintf(line, sizeof(line), "%-11s %-13s %-13s %-13s %-13s %s", candle.label.c_str(),
-                      open.c_str(), high.c_str(), low.c_str(), close.c_str(), volume.c_str());
-        lines.push_back(line);
+        Cell volume;
+        if (record.value != QVN_MISSING_INT) volume.text = std::to_string(record.value);
+        const int move = candle.close > candle.open ? 1 : (candle.close < candle.open ? -1 : 0);
+        Cell close = price(candle.close);
+        close.move = move;
+        rows.push_back({Cell{candle.label}, price(candle.open), price(candle.high),
+                        price(candle.low), close, volume});
     }
-    return lines;
+    return rows;
 }
 
 }  // namespace qvnrt::cli

@@ -9,6 +9,7 @@
 #include <qvnrt/RTSecurity.h>
 
 #include "cli/CandleChart.h"
+#include "cli/Table.h"
 
 namespace qvnrt::cli {
 
@@ -38,7 +39,9 @@ Candle CandleOf(const RTPRICEREC& record);
 // "YYYY-MM-DD" of a record's date.
 std::string DayText(uint32_t date);
 
-// The table: a header, then one line per day, oldest first, prices in the security's style.
-std::vector<std::string> HistoryLines(HistorySecurity& security);
+// DATE OPEN HIGH LOW CLOSE VOLUME, in the order of HistoryRows().
+const std::vector<Column>& HistoryColumns();
+// One row per day, oldest first, prices in the security's style.
+std::vector<Row> HistoryRows(HistorySecurity& security);
 
 }  // namespace qvnrt::cli

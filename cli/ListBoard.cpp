@@ -1,20 +1,23 @@
 #include "cli/ListBoard.h"
 
-#include <cstdio>
-
 #include <qvnrt/CDoubleToFractRep.h>
 
 namespace qvnrt::cli {
 namespace {
 
-constexpr char kHeader[] =
-    "SYMBOL          LAST          CHANGE        BID           ASK           VOLUME      NAME";
+enum ColumnIndex { kSymbol, kLast, kChange, kBid, kAsk, kVolume, kName };
 
-std::string Price(ListRow& row, std::optional<double> value, bool signed_ = false) {
-    if (!value) return "-";
+// A list's rows bring their values to the object, not to the cache: prices are written
+// from the row's own values, in the security's style.
+std::optional<std::string> Price(ListRow& row, std::optional<double> value, bool withSign = false) {
+    if (!value) return std::nullopt;
     CDoubleToFractRep rep(&row);
-    const std::string text = rep.ToString(*value);  // a shared buffer: copied at once
-    return (signed_ && *value >= 0 ? "+" : "") + text;
+    std::string text = rep.ToString(*value);  // a shared buffer: copied at once
+    return (withSign && *value >= 0 ? "+" : "") + text;
+}
+
+int Sign(std::optional<double> value) {
+    return !value || *value == 0 ? 0 : (*value > 0 ? 1 : -1);
 }
 
 }  // namespace
@@ -61,26 +64,39 @@ void ListBoard::OnSecListStart(int count) {
     RTSecList::OnSecListStart(count);
 }
 
-std::vector<std::string> ListBoard::Lines() {
-    std::vector<std::string> lines{kHeader};
+const std::vector<Column>& ListBoard::Columns() {
+    // A narrow terminal gives up the name first, then bid and ask, the volume, the change.
+    static const std::vector<Column> columns = {
+        {"SYMBOL", 6, false, 0, false}, {"LAST", 7, true, 0, false},
+        {"CHANGE", 7, true, 2, false},  {"BID", 7, true, 4, false},
+        {"ASK", 7, true, 4, false},     {"VOLUME", 8, true, 3, false},
+        {"NAME", 12, false, 5, true},
+    };
+    return columns;
+}
+
+std::vector<Row> ListBoard::Rows() {
+    std::vector<Row> rows;
     for (RTSec_Base* base : m_secArray) {
-        auto* row = dynamic_cast<ListRow*>(base);
-        if (!row) continue;
-        std::string symbol = row->m_strSymbol.IsEmpty() ? "?" : row->m_strSymbol.str();
-        const auto flags = row->Value(RTFIELD_BIT_FLAGS);
+        auto* security = dynamic_cast<ListRow*>(base);
+        if (!security || security->m_strSymbol.IsEmpty()) continue;
+        Row row(Columns().size());
+        std::string symbol = security->m_strSymbol.str();
+        const auto flags = security->Value(RTFIELD_BIT_FLAGS);
         if (flags && (static_cast<int>(*flags) & RTFLAG_DELAYED)) symbol += " (d)";
-        const auto volume = row->Value(RTFIELD_TOTAL_VOLUME);
-        char line[256];
-        std::snprintf(line, sizeof(line), "%-15s %-13s %-13s %-13s %-13s %-11s %s",
-                      symbol.c_str(), Price(*row, row->Value(RTFIELD_LAST)).c_str(),
-                      Price(*row, row->Change(), true).c_str(),
-                      Price(*row, row->Value(RTFIELD_BID)).c_str(),
-                      Price(*row, row->Value(RTFIELD_ASK)).c_str(),
-                      volume ? std::to_string(static_cast<long long>(*volume)).c_str() : "-",
-                      row->m_strName.GetString());
-        lines.push_back(line);
+        row[kSymbol].text = symbol;
+        const auto change = security->Change();
+        row[kLast] = {Price(*security, security->Value(RTFIELD_LAST)), Sign(change)};
+        row[kChange] = {Price(*security, change, true), Sign(change)};
+        row[kBid].text = Price(*security, security->Value(RTFIELD_BID));
+        row[kAsk].text = Price(*security, security->Value(RTFIELD_ASK));
+        if (const auto volume = security->Value(RTFIELD_TOTAL_VOLUME)) {
+            row[kVolume].text = std::to_string(static_cast<long long>(*volume));
+        }
+        if (!security->m_strName.IsEmpty()) row[kName].text = security->m_strName.str();
+        rows.push_back(std::move(row));
     }
-    return lines;
+    return rows;
 }
 
 CString BoardFields() {

@@ -10,6 +10,8 @@
 #include <qvnrt/RTSecList.h>
 #include <qvnrt/RTSecurity.h>
 
+#include "cli/Table.h"
+
 namespace qvnrt::cli {
 
 // The columns a board sorts by; larger values first.
@@ -27,6 +29,7 @@ public:
     // Orders by a SortKey, larger first; rows without the value go last.
     int compareTo(RTSec_Base* other, int key) override;
 
+    // The latest value of a numeric field, from the list's answer or a quote.
     std::optional<double> Value(int field) const;
     std::optional<double> Change() const;
     std::optional<double> SortValue(int key) const;
@@ -44,8 +47,10 @@ public:
     void OnSecListStop(void*) override { ++rounds; }
     RTSec_Base* OnSecCreateNew() override { return new ListRow; }
 
-    // The header and one line per row, in the list's order.
-    std::vector<std::string> Lines();
+    // SYMBOL LAST CHANGE BID ASK VOLUME NAME, in the order of Rows().
+    static const std::vector<Column>& Columns();
+    // One row per security, in the list's order.
+    std::vector<Row> Rows();
 
     int rounds = 0;  // lists completed
 

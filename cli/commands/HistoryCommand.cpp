@@ -1,0 +1,82 @@
+// history SYMBOL [--days N] [--chart]: daily records as a table and, with --chart, as
+// candlesticks drawn by the same chart as intraday bars.
+#include <cstdint>
+#include <cstdio>
+#include <memory>
+
+#include <qvnrt/CDoubleToFractRep.h>
+
+#include "cli/CandleChart.h"
+#include "cli/CliSession.h"
+#include "cli/History.h"
+#include "cli/OutputSink.h"
+#include "cli/Terminal.h"
+
+namespace qvnrt::cli {
+namespace {
+
+constexpr double kAnswerWaitSeconds = 10.0;
+constexpr int kChartHeight = 16;
+
+struct Options {
+    std::string symbol;
+    int days = 0;
+    bool chart = false;
+};
+
+void PrintChart(const GlobalOptions& global, HistorySecurity& security) {
+    std::vector<Candle> candles;
+    for (const auto& [date, record] : security.days) candles.push_back(CandleOf(record));
+    CDoubleToFractRep rep(&security);
+    const auto lines = DrawCandles(
+        candles, {TerminalWidth(stdout), kChartHeight}, ColourWanted(stdout, global.noColour),
+        [&rep](double price) { return std::string(rep.ToString(price)); });
+    std::printf("\n");
+    for (const std::string& line : lines) std::printf("%s\n", line.c_str());
+    std::fflush(stdout);
+}
+
+int Run(const GlobalOptions& global, const Options& options) {
+    if (global.offline) {
+        std::fprintf(stderr, "qvnrt-cli: history: only the service has it; drop --offline\n");
+        return kExitUsage;
+    }
+    CliSession session;
+    if (const int status = session.Start(global); status != kExitOk) return status;
+    HistorySecurity security;
+    // One batch of quote fields too: the security's display style for its prices.
+    security.OpenSecurity(options.symbol.c_str(), RTSECTYPE_NOT_KNOWN, 0, 0);
+    EodRequestRecord request;
+    request.maxRecords = options.days;
+    if (security.RequestEOD(reinterpret_cast<EODDATA*>(&request), 0, 0)) {
+        session.Run(kAnswerWaitSeconds, [&security] { return security.ended; });
+    }
+    if (security.days.empty()) {
+        std::fprintf(stderr, "qvnrt-cli: history %s: the service sent no days\n",
+                     options.symbol.c_str());
+        return kExitIncomplete;
+    }
+    OutputSink::ToStdout(global.format, HistoryColumns()).WriteBatch(HistoryRows(security));
+    if (options.chart && global.format == Format::kTable) PrintChart(global, security);
+    if (!security.ended) {
+        std::fprintf(stderr, "qvnrt-cli: history %s: incomplete, the service did not finish\n",
+                     options.symbol.c_str());
+        return kExitIncomplete;
+    }
+    return kExitOk;
+}
+
+RunCommand Setup(CLI::App& command) {
+    auto options = std::make_shared<Options>();
+    command.add_option("SYMBOL", options->symbol, "the security")->required();
+    command.add_option("--days", options->days, "the latest N days (default: the service's)")
+        ->check(CLI::PositiveNumber);
+    command.add_flag("--chart", options->chart, "draw the days as candlesticks too (table only)");
+    return [options](const GlobalOptions& global) { return Run(global, *options); };
+}
+
+const CommandRegistration kRegistration{
+    "history", "daily records of a security; --chart draws candlesticks", 55, Setup};
+
+}  // namespace
+}  // namespace qvnrt::cli
