@@ -1,85 +1,104 @@
 #include "cli/CandleChart.h"
 
 #include <algorithm>
-#include <cmath>
+#include <cstdio>
+
+#include <qvnrt/Date.h>
 
 namespace qvnrt::cli {
+
 namespace {
 
-constexpr const char* kRiseBody = "░";
-constexpr const char* kFallBody = "█";
-constexpr const char* kWick = "│";
-constexpr const char* kGreen = "\x1b[32m";
-constexpr const char* kRed = "\x1b[31m";
-constexpr const char* kReset = "\x1b[0m";
+constexpr float kMissing = -32080.0f;
+constexpr int kScaleWidth = 10;  // "12345.67 ┤"
+const char* const kUp = "\x1b[32m";
+const char* const kDown = "\x1b[31m";
+const char* const kPlain = "\x1b[0m";
 
-// The rows of the plot cover [low, high] from top to bottom, each a slice `step` high.
-struct Scale {
-    double low;
-    double step;
-    int rows;
-
-    // The row of `price`, 0 at the top.
-    int RowOf(double price) const {
-        const int fromBottom = static_cast<int>(std::floor((price - low) / step));
-        return rows - 1 - std::clamp(fromBottom, 0, rows - 1);
-    }
-};
-
-std::string Padded(const std::string& text, size_t width) {
-    return text.size() >= width ? text : std::string(width - text.size(), ' ') + text;
+bool Empty(const RTINTRADAY_PRICEREC& bar) {
+    return bar.high == kMissing || bar.low == kMissing || bar.open == kMissing ||
+           bar.close == kMissing;
 }
 
 }  // namespace
 
-std::vector<std::string> DrawCandles(const std::vector<Candle>& candles, ChartSize size,
-                                     bool colour,
-                                     const std::function<std::string(double)>& priceText) {
-    if (candles.empty() || size.height < 2) return {};
-    double low = candles.front().low, high = candles.front().high;
-    for (const Candle& c : candles) {
-        low = std::min({low, c.low, c.open, c.close});
-        high = std::max({high, c.high, c.open, c.close});
-    }
-    const std::string top = priceText(high), bottom = priceText(low);
-    const size_t axis = std::max(top.size(), bottom.size());
-    const int columns = size.width - static_cast<int>(axis) - 2;
-    if (columns < 1) return {};
-    const size_t shown = std::min(candles.size(), static_cast<size_t>(columns));
-    const auto first = candles.end() - static_cast<std::ptrdiff_t>(shown);
-
-    // A flat series still needs a height to divide.
-    const Scale scale{low, high > low ? (high - low) / size.height * (1 + 1e-9) : 1.0,
-                      size.height};
+std::vector<std::string> DrawCandles(const std::map<uint32_t, RTINTRADAY_PRICEREC>& bars,
+                                     const ChartStyle& style) {
     std::vector<std::string> lines;
-    for (int row = 0; row < size.height; ++row) {
-        const std::string price = row == 0 ? top : row == size.height - 1 ? bottom : "";
-        std::string line = Padded(price, axis) + " ┤";
-        for (auto c = first; c != candles.end(); ++c) {
-            const bool rising = c->close >= c->open;
-            const int bodyTop = scale.RowOf(std::max(c->open, c->close));
-            const int bodyBottom = scale.RowOf(std::min(c->open, c->close));
-            const int wickTop = scale.RowOf(c->high), wickBottom = scale.RowOf(c->low);
-            const char* mark = " ";
-            if (row >= bodyTop && row <= bodyBottom) {
-                mark = rising ? kRiseBody : kFallBody;
-            } else if (row >= wickTop && row <= wickBottom) {
-                mark = kWick;
+    const int columns = std::max(1, style.width - kScaleWidth);
+    std::vector<RTINTRADAY_PRICEREC> shown;
+    for (auto it = bars.rbegin(); it != bars.rend() && static_cast<int>(shown.size()) < columns;
+         ++it) {
+        shown.push_back(it->second);
+    }
+    std::reverse(shown.begin(), shown.end());
+    float low = 0, high = 0;
+    bool any = false;
+    for (const auto& bar : shown) {
+        if (Empty(bar)) continue;
+        low = any ? std::min(low, bar.low) : bar.low;
+        high = any ? std::max(high, bar.high) : bar.high;
+        any = true;
+    }
+    if (!any) return {"(no bars yet)"};
+    if (high == low) high = low + 1.0f;
+    const int rows = std::max(2, style.height);
+    const float step = (high - low) / static_cast<float>(rows);
+
+    // A session starts where the gap to the bar before is wider than the narrowest gap.
+    uint32_t narrowest = UINT32_MAX;
+    for (size_t i = 1; i < shown.size(); ++i) {
+        narrowest = std::min(narrowest, shown[i].time - shown[i - 1].time);
+    }
+    std::vector<bool> sessionStart(shown.size(), false);
+    for (size_t i = 1; i < shown.size(); ++i) {
+        sessionStart[i] = shown[i].time - shown[i - 1].time > narrowest;
+    }
+
+    for (int row = rows - 1; row >= 0; --row) {
+        const float bottom = low + step * static_cast<float>(row);
+        const float top = bottom + step;
+        char scale[32];
+        std::snprintf(scale, sizeof(scale), "%9.2f ", static_cast<double>(top));
+        std::string line = scale;
+        const char* colourNow = nullptr;
+        for (const auto& bar : shown) {
+            const char* glyph = " ";
+            if (!Empty(bar) && bar.high >= bottom && bar.low <= top) {
+                const float bodyLow = std::min(bar.open, bar.close);
+                const float bodyHigh = std::max(bar.open, bar.close);
+                glyph = (bodyHigh >= bottom && bodyLow <= top) ? "\u2588" : "\u2502";
             }
-            if (colour && *mark != ' ') {
-                line += std::string(rising ? kGreen : kRed) + mark + kReset;
-            } else {
-                line += mark;
+            if (style.colour && !Empty(bar)) {
+                const char* want = bar.close >= bar.open ? kUp : kDown;
+                if (want != colourNow) {
+                    line += want;
+                    colourNow = want;
+                }
             }
+            line += glyph;
         }
+        if (colourNow) line += kPlain;
         lines.push_back(line);
     }
-    std::string labels(axis + 2, ' ');
-    labels += first->label;
-    const std::string& last = candles.back().label;
-    if (shown > first->label.size() + last.size() + 1) {
-        labels += std::string(shown - first->label.size() - last.size(), ' ') + last;
+    std::string axis(kScaleWidth - 1, ' ');
+    axis += "\u2514";
+    std::string labels(kScaleWidth, ' ');
+    size_t labelEnd = 0;
+    for (size_t i = 0; i < shown.size(); ++i) {
+        axis += (i == 0 || sessionStart[i]) ? "\u2534" : "\u2500";
+        if (i == 0 || sessionStart[i]) {
+            const size_t at = kScaleWidth + i;
+            const std::string text =
+                static_cast<const char*>(Date(shown[i].time).format("%a %H:%M", style.zone));
+            if (at >= labelEnd) {
+                labels.resize(at, ' ');
+                labels += text;
+                labelEnd = labels.size() + 1;
+            }
+        }
     }
+    lines.push_back(axis);
     lines.push_back(labels);
     return lines;
 }

@@ -14,8 +14,9 @@ bool HistorySecurity::ReqEODCallback(unsigned long, int count, int flags,
     return true;
 }
 
-Candle CandleOf(const RTPRICEREC& record) {
-    return Candle{record.first, record.second, record.third, record.close, DayText(record.date)};
+RTINTRADAY_PRICEREC BarOf(const RTPRICEREC& record) {
+    return RTINTRADAY_PRICEREC{record.date, record.value, record.first, record.close,
+                               record.second, record.third};
 }
 
 std::string DayText(uint32_t date) {
@@ -41,14 +42,13 @@ std::vector<Row> HistoryRows(HistorySecurity& security) {
     // ToString answers in a shared buffer: each price is copied before the next.
     const auto price = [&rep](double value) { return Cell{std::string(rep.ToString(value))}; };
     for (const auto& [date, record] : security.days) {
-        const Candle candle = CandleOf(record);
+        const RTINTRADAY_PRICEREC bar = BarOf(record);
         Cell volume;
         if (record.value != QVN_MISSING_INT) volume.text = std::to_string(record.value);
-        const int move = candle.close > candle.open ? 1 : (candle.close < candle.open ? -1 : 0);
-        Cell close = price(candle.close);
-        close.move = move;
-        rows.push_back({Cell{candle.label}, price(candle.open), price(candle.high),
-                        price(candle.low), close, volume});
+        Cell close = price(bar.close);
+        close.move = bar.close > bar.open ? 1 : (bar.close < bar.open ? -1 : 0);
+        rows.push_back({Cell{DayText(date)}, price(bar.open), price(bar.high), price(bar.low),
+                        close, volume});
     }
     return rows;
 }

@@ -8,7 +8,6 @@
 
 #include <qvnrt/RTSecurity.h>
 
-#include "cli/CandleChart.h"
 #include "cli/Table.h"
 
 namespace qvnrt::cli {
@@ -33,8 +32,9 @@ public:
     bool ended = false;  // the history is complete
 };
 
-// Open, high, low and close of a record as the simulation driver fills them.
-Candle CandleOf(const RTPRICEREC& record);
+// A day as a bar of the candlestick chart, under its record's date: `first` is the open,
+// `second` the high and `third` the low, as the simulation driver fills them.
+RTINTRADAY_PRICEREC BarOf(const RTPRICEREC& record);
 
 // "YYYY-MM-DD" of a record's date.
 std::string DayText(uint32_t date);

@@ -1,10 +1,11 @@
 // history SYMBOL [--days N] [--chart]: daily records as a table and, with --chart, as
-// candlesticks drawn by the same chart as intraday bars.
+// candlesticks drawn by the chart of intraday bars.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <iterator>
+#include <map>
 #include <memory>
-
-#include <qvnrt/CDoubleToFractRep.h>
 
 #include "cli/CandleChart.h"
 #include "cli/CliSession.h"
@@ -17,6 +18,7 @@ namespace {
 
 constexpr double kAnswerWaitSeconds = 10.0;
 constexpr int kChartHeight = 16;
+constexpr int kScaleWidth = 10;  // the chart's price scale, "12345.67 ┤"
 
 struct Options {
     std::string symbol;
@@ -24,13 +26,26 @@ struct Options {
     bool chart = false;
 };
 
+// The intraday chart, with the dates of the first and last day shown in place of its
+// weekday-and-time labels, which say nothing of daily bars. (Its marks under the axis fall
+// on the first day after a gap: the start of each week.)
 void PrintChart(const GlobalOptions& global, HistorySecurity& security) {
-    std::vector<Candle> candles;
-    for (const auto& [date, record] : security.days) candles.push_back(CandleOf(record));
-    CDoubleToFractRep rep(&security);
-    const auto lines = DrawCandles(
-        candles, {TerminalWidth(stdout), kChartHeight}, ColourWanted(stdout, global.noColour),
-        [&rep](double price) { return std::string(rep.ToString(price)); });
+    std::map<uint32_t, RTINTRADAY_PRICEREC> bars;
+    for (const auto& [date, record] : security.days) bars[date] = BarOf(record);
+    ChartStyle style;
+    style.width = TerminalWidth(stdout);
+    style.height = kChartHeight;
+    style.colour = ColourWanted(stdout, global.noColour);
+    std::vector<std::string> lines = DrawCandles(bars, style);
+    const size_t shown = std::min(bars.size(), static_cast<size_t>(std::max(1, style.width - kScaleWidth)));
+    const std::string first = DayText(std::prev(bars.end(), static_cast<long>(shown))->first);
+    const std::string last = DayText(bars.rbegin()->first);
+    std::string labels(kScaleWidth, ' ');
+    labels += first;
+    if (shown > first.size() + last.size()) {
+        labels += std::string(shown - first.size() - last.size(), ' ') + last;
+    }
+    if (lines.size() > 2) lines.back() = labels;
     std::printf("\n");
     for (const std::string& line : lines) std::printf("%s\n", line.c_str());
     std::fflush(stdout);
