@@ -19,6 +19,8 @@ TEST(PublicApi, ServerAndSecurities) {
     EXPECT_EQ(0, exchange.GetExchangeIndex(&error));
     CSessionInfo rules;
     EXPECT_EQ(2, rules.Use());
+    RTSecList list;
+    EXPECT_EQ(0, list.SecRequest(0, -1));  // an empty list asks for nothing
     g_appDataServiceRights.NoteConnectionState(-1);
     RTSecCache::CacheTimerProc(nullptr, 0, 0, 0);
 }
