@@ -1,5 +1,6 @@
 // qvnrt-cli against the simulation driver, run as a user runs it: its command line and exit
 // status, its rows on a pipe and on a terminal, and the cache it leaves behind.
+#include <filesystem>
 #include <map>
 #include <regex>
 #include <sstream>
@@ -204,6 +205,16 @@ TEST_F(CliEndToEnd, ASixtySecondStepKeepsItsPace) {
     const int minutes = std::stoi(last[7].substr(0, 2)) * 60 + std::stoi(last[7].substr(3, 2));
     EXPECT_GT(minutes, 10 * 60) << "the clock moved";
     EXPECT_LE(minutes, 10 * 60 + 12) << "the clock ran away: " << last[7];
+}
+
+TEST_F(CliEndToEnd, TheDemoRemovesItsTemporaryConfiguration) {
+    TempDir temporary;
+    CliEnvironment environment = Environment({"TMPDIR=" + temporary.path()});
+    environment.home.clear();  // the demo makes its own
+    const CliResult run = RunCli({"demo", "--seconds", "1", "--format", "csv"}, environment);
+    ASSERT_EQ(0, run.status) << run.err;
+    EXPECT_NE(std::string::npos, run.out.find("UST10Y,")) << run.out;
+    EXPECT_TRUE(std::filesystem::is_empty(temporary.path()));
 }
 
 // ---- The board on a terminal -------------------------------------------------------------
