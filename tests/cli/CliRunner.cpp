@@ -33,7 +33,9 @@ constexpr auto kRunLimit = std::chrono::seconds(40);  // a hung program fails, n
     std::vector<char*> argv;
     static std::string program = QVNRT_CLI_PATH;
     argv.push_back(program.data());
-    for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+    for (const std::string& argument : arguments) {
+        argv.push_back(const_cast<char*>(argument.c_str()));
+    }
     argv.push_back(nullptr);
     ::execv(program.c_str(), argv.data());
     ::_exit(127);
