@@ -20,8 +20,9 @@ CommandRegistration::CommandRegistration(const char* name, const char* descripti
 
 std::vector<CommandEntry> RegisteredCommands() {
     std::vector<CommandEntry> commands = Registry();
-    std::stable_sort(commands.begin(), commands.end(),
-                     [](const CommandEntry& a, const CommandEntry& b) { return a.order < b.order; });
+    std::stable_sort(commands.begin(), commands.end(), [](const auto& a, const auto& b) {
+        return a.order < b.order;
+    });
     return commands;
 }
 

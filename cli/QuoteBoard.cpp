@@ -13,10 +13,9 @@ constexpr RTSecurityType kAnyType = RTSECTYPE_NOT_KNOWN;  // the service knows e
 
 enum ColumnIndex { kSymbol, kLast, kChange, kBid, kAsk, kVolume, kDate, kTime, kName };
 
-int Sign(const Text& change) {
-    if (!change || change->empty()) return 0;
-    if ((*change)[0] == '-') return -1;
-    return change->find_first_not_of("+0.,/ ") == std::string::npos ? 0 : 1;
+int Sign(std::optional<double> value) {
+    if (!value || *value == 0.0) return 0;
+    return *value > 0.0 ? 1 : -1;
 }
 
 }  // namespace
@@ -85,8 +84,7 @@ Row QuoteBoard::RowOf(size_t index) {
     m_lastSeen[index] = last;
 
     row[kLast] = {PriceText(security, RTFIELD_LAST), m_lastMove[index]};
-    const Text change = ChangeText(security);
-    row[kChange] = {change, Sign(change)};
+    row[kChange] = {ChangeText(security), Sign(Change(security))};
     row[kBid].text = PriceText(security, RTFIELD_BID);
     row[kAsk].text = PriceText(security, RTFIELD_ASK);
     row[kVolume].text = CountText(security, RTFIELD_TOTAL_VOLUME);

@@ -8,7 +8,8 @@
 namespace qvnrt::cli {
 namespace {
 
-// Asset type 2 (an index) is computed, not traded: no bid, ask or volume of its own.
+// Asset types are agreed between the applications and their drivers; 2 is an index, which
+// is computed, not traded: it has no bid, ask or volume of its own.
 constexpr int kIndexAssetType = 2;
 
 bool IsIndex(RTSecurity& security) {
@@ -60,14 +61,20 @@ Text PriceText(RTSecurity& security, int field) {
     return std::string(rep.ToString(value));  // a shared buffer: copied at once
 }
 
-Text ChangeText(RTSecurity& security) {
+std::optional<double> Change(RTSecurity& security) {
     long lastError = -4, closeError = -4;
     const float last = security.GetSecFloat(RTFIELD_LAST, &lastError);
     const float close = security.GetSecFloat(RTFIELD_PREV_CLOSE, &closeError);
+    // No previous close (a first day) is no change to show, rather than the whole price.
     if (lastError != 0 || closeError != 0 || close == 0.0f) return std::nullopt;
+    return static_cast<double>(last) - close;
+}
+
+Text ChangeText(RTSecurity& security) {
+    const std::optional<double> change = Change(security);
+    if (!change) return std::nullopt;
     CDoubleToFractRep rep(&security);
-    const double change = static_cast<double>(last) - close;
-    return std::string(change >= 0.0 ? "+" : "") + rep.ToString(change);
+    return std::string(*change >= 0.0 ? "+" : "") + rep.ToString(*change);
 }
 
 Text CountText(RTSecurity& security, int field) {

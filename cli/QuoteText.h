@@ -31,8 +31,10 @@ Text QuoteTimeText(RTSecurity& security);
 // Any date value in `zone` (a zone id of the calendar), "YYYY-MM-DD HH:MM:SS".
 std::string DateTimeText(uint32_t date, uint8_t zone);
 
-// The last price as a number, for marking rises and falls; empty when there is none.
+// The last price, and its change from the previous close, as numbers: for marking rises and
+// falls. Empty when there is none.
 std::optional<double> LastPrice(RTSecurity& security);
+std::optional<double> Change(RTSecurity& security);
 // True when the cache holds anything of the security's quote.
 bool HasQuote(RTSecurity& security);
 

@@ -1,5 +1,6 @@
 // qvnrt-cli against the simulation driver, run as a user runs it: its command line and exit
 // status, its rows on a pipe and on a terminal, and the cache it leaves behind.
+#include <filesystem>
 #include <map>
 #include <regex>
 #include <sstream>
@@ -128,7 +129,8 @@ INSTANTIATE_TEST_SUITE_P(
     Outcomes, CliOutcome,
     ::testing::Values(
         OutcomeCase{"AllKnown", {"snapshot", "ACME", "$USX"}, {}, 0, {}},
-        OutcomeCase{"OneUnknown", {"snapshot", "ACME", "NOSUCH"}, {}, 1, {"NOSUCH: unknown symbol"}},
+        OutcomeCase{"OneUnknown", {"snapshot", "ACME", "NOSUCH"}, {}, 1,
+                    {"NOSUCH: unknown symbol"}},
         OutcomeCase{"UnknownWhileStreaming",
                     {"quotes", "NOSUCH", "ACME", "--seconds", "1"}, {}, 1, {"NOSUCH: unknown"}},
         OutcomeCase{"NotCached", {"--offline", "snapshot", "ACME"}, {}, 1,
@@ -202,10 +204,22 @@ TEST_F(CliEndToEnd, ASixtySecondStepKeepsItsPace) {
     const CliResult run = RunCli({"quotes", "ACME", "--seconds", "2", "--format", "csv"},
                                  Environment({"QVNSIM_STEP_SECONDS=60"}));
     ASSERT_EQ(0, run.status) << run.err;
-    const Lines& last = CsvRows(run.out).at("ACME");
+    const auto rows = CsvRows(run.out);
+    ASSERT_EQ(1u, rows.count("ACME")) << run.out;
+    const Lines& last = rows.at("ACME");
     const int minutes = std::stoi(last[7].substr(0, 2)) * 60 + std::stoi(last[7].substr(3, 2));
     EXPECT_GT(minutes, 10 * 60) << "the clock moved";
     EXPECT_LE(minutes, 10 * 60 + 12) << "the clock ran away: " << last[7];
+}
+
+TEST_F(CliEndToEnd, TheDemoRemovesItsTemporaryConfiguration) {
+    TempDir temporary;
+    CliEnvironment environment = Environment({"TMPDIR=" + temporary.path()});
+    environment.home.clear();  // the demo makes its own
+    const CliResult run = RunCli({"demo", "--seconds", "1", "--format", "csv"}, environment);
+    ASSERT_EQ(0, run.status) << run.err;
+    EXPECT_NE(std::string::npos, run.out.find("UST10Y,")) << run.out;
+    EXPECT_TRUE(std::filesystem::is_empty(temporary.path()));
 }
 
 // ---- The board on a terminal -------------------------------------------------------------

@@ -21,7 +21,11 @@ constexpr auto kRunLimit = std::chrono::seconds(40);  // a hung program fails, n
 [[noreturn]] void Exec(const std::vector<std::string>& arguments,
                        const CliEnvironment& environment) {
     if (::chdir(environment.workDirectory.c_str()) != 0) ::_exit(126);
-    ::setenv("QVNRT_HOME", environment.home.c_str(), 1);
+    if (environment.home.empty()) {
+        ::unsetenv("QVNRT_HOME");
+    } else {
+        ::setenv("QVNRT_HOME", environment.home.c_str(), 1);
+    }
     for (const std::string& variable : environment.variables) {
         const size_t equals = variable.find('=');
         ::setenv(variable.substr(0, equals).c_str(), variable.substr(equals + 1).c_str(), 1);
@@ -29,7 +33,9 @@ constexpr auto kRunLimit = std::chrono::seconds(40);  // a hung program fails, n
     std::vector<char*> argv;
     static std::string program = QVNRT_CLI_PATH;
     argv.push_back(program.data());
-    for (const std::string& argument : arguments) argv.push_back(const_cast<char*>(argument.c_str()));
+    for (const std::string& argument : arguments) {
+        argv.push_back(const_cast<char*>(argument.c_str()));
+    }
     argv.push_back(nullptr);
     ::execv(program.c_str(), argv.data());
     ::_exit(127);

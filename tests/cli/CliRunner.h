@@ -20,7 +20,7 @@ struct CliResult {
 
 struct CliEnvironment {
     std::string workDirectory;
-    std::string home;                    // QVNRT_HOME
+    std::string home;                    // QVNRT_HOME; empty: unset
     std::vector<std::string> variables;  // NAME=value, added to (or replacing) the test's
 };
 
