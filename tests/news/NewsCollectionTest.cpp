@@ -13,7 +13,6 @@
 
 #include "NewsTestSupport.h"
 #include "config/Strings.h"
-#include "news/NewsState.h"
 #include "support/FakeSession.h"
 #include "support/ManualClock.h"
 
@@ -139,22 +138,7 @@ TEST_F(NewsCollectionTest, PanelMessageIsString116WithFailuresThenSymbols) {
     EXPECT_EQ(1, session.ui.waitCursorCount);
 }
 
-TEST_F(NewsCollectionTest, RequestCarriesTheSearchParameters) {
-    auto item = Make("oil", 1);
-    item->StartNewsCollection(0, 6);
-    const auto call = session.fake.call(0);
-    EXPECT_EQ(1, call.integer("byKeyword"));
-    EXPECT_EQ(1, call.integer("caseSensitive"));
-    EXPECT_EQ(0, call.integer("wholeWords"));
-    EXPECT_EQ(25, call.integer("maxHeadlines"));
-    EXPECT_EQ(std::string("\x04\x09", 2), call.text("sources"));
-    EXPECT_EQ(2, call.integer("sourceCount"));
-    EXPECT_EQ(3, call.integer("startTime"));
-    EXPECT_EQ(reinterpret_cast<uintptr_t>(item.get()), call.number("user"));
-    EXPECT_EQ(6, call.integer("limit"));
-}
-
-TEST_F(NewsCollectionTest, LiveFlagFollowsTheEndOfTheWindow) {
+TEST_F(NewsCollectionTest, RequestCarriesTheSearchAndTheLiveFlagFollowsTheWindow) {
     qvnrt::test::ManualClock clock;
     const struct {
         long endTime;
@@ -167,22 +151,18 @@ TEST_F(NewsCollectionTest, LiveFlagFollowsTheEndOfTheWindow) {
         EXPECT_EQ(c.live, session.fake.call(0).integer("live")) << c.endTime;
         EXPECT_EQ(c.endTime, session.fake.call(0).integer("endTime"));
     }
-}
-
-TEST_F(NewsCollectionTest, StartsOnlyWhenConnectedAndIdle) {
-    auto item = Make("oil", 1);
-    RTServer::Disconnect();
-    EXPECT_EQ(0, item->StartNewsCollection(1, 0));
-    ASSERT_EQ(0, RTServer::Connect("a", "b", 1, 0, 1));
-    session.fake.clearLog();
-    EXPECT_EQ(1, item->StartNewsCollection(1, 0));
-    EXPECT_EQ(1, item->StartNewsCollection(1, 0));
-    EXPECT_EQ(1, session.fake.count(kRequest));
+    const auto call = session.fake.call(0);
+    EXPECT_EQ(std::string("\x04\x09", 2), call.text("sources"));
+    EXPECT_EQ(3, call.integer("startTime"));
+    EXPECT_EQ(25, call.integer("maxHeadlines"));
+    EXPECT_EQ(1, call.integer("caseSensitive"));
 }
 
 TEST_F(NewsCollectionTest, StopClosesEveryHandleAndReleasesItAtTheGate) {
     auto item = Make("A B", 0);
     ASSERT_EQ(1, item->StartNewsCollection(0, 0));
+    EXPECT_EQ(1, item->StartNewsCollection(0, 0));  // already collecting: nothing sent
+    EXPECT_EQ(2, session.fake.count(kRequest));
     item->AddHeadline(1, "h", 0, "", 5, 1, 0);
     CDWordArray events;
     ASSERT_EQ(2, item->GetRTNewsEvents(events));
@@ -196,6 +176,8 @@ TEST_F(NewsCollectionTest, StopClosesEveryHandleAndReleasesItAtTheGate) {
     EXPECT_EQ(0, item->IsCollecting());
     EXPECT_EQ(1u, item->GetHeadlineCount());  // headlines stay
     EXPECT_EQ(1, item->StopNewsCollection());
+    RTServer::Disconnect();
+    EXPECT_EQ(0, item->StartNewsCollection(1, 0));
 }
 
 TEST_F(NewsCollectionTest, RemoveRTNewsEventResults) {
@@ -250,17 +232,6 @@ TEST_F(NewsCollectionTest, LateCallbacksForADestroyedItemAreDropped) {
     EXPECT_EQ(0, session.fake.fireStory(story, 0, 1, text));
     EXPECT_EQ(0, session.fake.fireHeadlineWithUser(headlines, 1, 2, text, 0, text, 2, 0, user));
     EXPECT_EQ(heard, log.calls.size());
-}
-
-TEST_F(NewsCollectionTest, WithoutAPanelRegisteredTheMessageGoesToAMessageBox) {
-    auto previous = qvnrt::news::State().setUnavailablePanel(nullptr);
-    session.fake.pushResult(kRequest, 0);
-    auto item = Make("X IBM", 0);
-    item->StartNewsCollection(1, 0);
-    qvnrt::news::State().setUnavailablePanel(previous);
-    ASSERT_EQ(1u, session.ui.messages.size());
-    EXPECT_NE(std::string::npos, session.ui.messages[0].text.find("X "));
-    EXPECT_TRUE(session.ui.panels.empty());
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 
 #include <qvnrt/RTNewsItem.h>
 
-#include <string>
 #include <vector>
 
 namespace qvnrt::test {
