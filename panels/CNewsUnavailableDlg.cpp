@@ -1,5 +1,23 @@
 #include <qvnrt/CNewsUnavailableDlg.h>
 
+#include "news/NewsState.h"
+
+namespace {
+
+// How a partly failed symbol news search shows its failures: this panel, modally.
+void ShowNewsUnavailable(const CString& message, const CString& failedSymbols) {
+    CNewsUnavailableDlg panel(nullptr);
+    panel.m_strMessage = message;
+    panel.m_strSymbols = failedSymbols;
+    panel.DoModal();
+}
+
+// The news layer lies below the panels and cannot name this class; it is told at load.
+[[maybe_unused]] const bool kRegisteredWithNews =
+    (qvnrt::news::State().setUnavailablePanel(&ShowNewsUnavailable), true);
+
+}  // namespace
+
 CNewsUnavailableDlg::ListBox::~ListBox() = default;
 CNewsUnavailableDlg::View::~View() = default;
 

@@ -19,7 +19,10 @@ void CDataServiceRights::SetRightsData(const void* data) { m_rightsData = data; 
 
 void CDataServiceRights::ApplyRightsData() { ++m_rightsApplied; }
 
-bool CDataServiceRights::MayOpenNewsItem(bool) const { return true; }
+bool CDataServiceRights::MayOpenNewsItem(bool byKeyword) const {
+    const int limit = byKeyword ? m_keywordItemLimit : m_symbolItemLimit;
+    return limit < 0 || (byKeyword ? m_keywordItemsOpen : m_symbolItemsOpen) < limit;
+}
 
 void CDataServiceRights::NoteNewsItemOpened(bool byKeyword) {
     ++(byKeyword ? m_keywordItemsOpen : m_symbolItemsOpen);

@@ -1,7 +1,7 @@
 /// \file
 /// CDataServiceRights: the service-rights gate. It tracks what a subscriber's plan allows;
 /// this build keeps only what the connection and the news collection ask of it: it records
-/// each call and allows everything.
+/// each call, and allows everything but news items beyond a plan's concurrent limit.
 #pragma once
 
 #include <qvnrt/export.h>
@@ -21,7 +21,8 @@ public:
     void SetRightsData(const void* data);
     void ApplyRightsData();
 
-    /// News items: whether one more may be opened, and that one was opened or released.
+    /// News items: whether one more may be opened (while fewer than the kind's limit are
+    /// open), and that one was opened or released.
     bool MayOpenNewsItem(bool byKeyword) const;
     void NoteNewsItemOpened(bool byKeyword);
     void NoteNewsItemReleased(bool byKeyword);
@@ -33,6 +34,10 @@ public:
     int m_rightsApplied = 0;
     int m_keywordItemsOpen = 0;
     int m_symbolItemsOpen = 0;
+
+    /// Most news items of each kind open at once; -1 (the default) for no limit.
+    int m_keywordItemLimit = -1;
+    int m_symbolItemLimit = -1;
 
 private:
     static constexpr int kTags = 16;

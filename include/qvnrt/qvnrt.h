@@ -28,6 +28,10 @@
 #include <qvnrt/Date.h>
 #include <qvnrt/Time.h>
 
+// News.
+#include <qvnrt/RTNewsHeadline.h>
+#include <qvnrt/RTNewsItem.h>
+
 // Price display.
 #include <qvnrt/CDoubleToFractRep.h>
 #include <qvnrt/CFractionDisplayOptions.h>

@@ -93,7 +93,11 @@ INSTANTIATE_TEST_SUITE_P(
         UsageCase{"NegativeSeconds", {"quotes", "ACME", "--seconds", "-1"}, 2, false,
                   "--seconds"},
         UsageCase{"UnknownFormat", {"snapshot", "ACME", "--format", "xml"}, 2, false, "xml"},
-        UsageCase{"OfflineExchanges", {"--offline", "exchanges"}, 2, false, "--offline"}),
+        UsageCase{"OfflineExchanges", {"--offline", "exchanges"}, 2, false, "--offline"},
+        UsageCase{"NewsWithoutASearch", {"news"}, 2, false, "either symbols or --keyword"},
+        UsageCase{"NewsWithBothSearches", {"news", "ACME", "--keyword", "oil"}, 2, false,
+                  "either symbols or --keyword"},
+        UsageCase{"StoryWithoutSource", {"story", "1"}, 2, false, "--source"}),
     [](const auto& info) { return info.param.name; });
 
 // ---- What was delivered, and the status that says so -------------------------------------
@@ -146,6 +150,8 @@ INSTANTIATE_TEST_SUITE_P(
         OutcomeCase{"Info", {"info"}, {}, 0, {}},
         OutcomeCase{"GlancePiped", {"glance", "ACME"}, {}, 0, {}},
         OutcomeCase{"GlanceUnknown", {"glance", "NOSUCH"}, {}, 1, {"NOSUCH: no quote came"}}),
+        OutcomeCase{"UnknownStory", {"story", "99999999", "--source", "1"}, {}, 1,
+                    {"story 99999999: not available"}}),
     [](const auto& info) { return info.param.name; });
 
 TEST_F(CliEndToEnd, InfoNamesTheFileTheDriverCameFrom) {
@@ -186,6 +192,54 @@ TEST_F(CliEndToEnd, QuotesStreamAndTheCacheServesThemOffline) {
                Environment());
     ASSERT_EQ(0, offline.status) << offline.err;
     EXPECT_EQ(rows, CsvRows(offline.out));
+}
+
+// ---- News ---------------------------------------------------------------------------------
+
+// The fields of a headline line of news --format json.
+struct NewsLine {
+    std::string time, src, source, id, headline;
+};
+
+std::vector<NewsLine> NewsLines(const std::string& text) {
+    static const std::regex kLine(
+        R"re(\{"time":"([^"]*)","src":"(\d+)","source":"([^"]*)",)re"
+        R"re("id":"(\d+)","headline":"(.*)"\})re");
+    std::vector<NewsLine> lines;
+    for (const std::string& line : SplitLines(text)) {
+        std::smatch match;
+        EXPECT_TRUE(std::regex_match(line, match, kLine)) << line;
+        if (!match.empty()) lines.push_back({match[1], match[2], match[3], match[4], match[5]});
+    }
+    return lines;
+}
+
+TEST_F(CliEndToEnd, NewsComesInDateOrderAndStoryShowsTheArticle) {
+    const CliResult news = RunCli({"news", "ACME", "--seconds", "1", "--format", "json"},
+                                  Environment());
+    ASSERT_EQ(0, news.status) << news.err;
+    const std::vector<NewsLine> lines = NewsLines(news.out);
+    ASSERT_FALSE(lines.empty()) << news.out;
+    for (size_t i = 1; i < lines.size(); ++i) {
+        EXPECT_LE(lines[i - 1].time, lines[i].time) << "in date order";
+    }
+
+    const NewsLine& last = lines.back();
+    const CliResult story = RunCli({"story", last.id, "--source", last.src}, Environment());
+    ASSERT_EQ(0, story.status) << story.err;
+    EXPECT_EQ(last.headline, SplitLines(story.out).at(0)) << "the article opens with its headline";
+    EXPECT_EQ(std::string::npos, story.out.find('\r'));
+}
+
+TEST_F(CliEndToEnd, NewsByKeyword) {
+    const CliResult news = RunCli({"news", "--keyword", "dividend", "--seconds", "1",
+                                   "--format", "json"}, Environment());
+    ASSERT_EQ(0, news.status) << news.err;
+    const Lines lines = SplitLines(news.out);
+    ASSERT_FALSE(lines.empty());
+    for (const std::string& line : lines) {
+        EXPECT_TRUE(std::regex_search(line, std::regex(R"("headline":"[^"]*dividend)"))) << line;
+    }
 }
 
 TEST_F(CliEndToEnd, JsonLinesCarryEveryColumnAndNullForWhatIsMissing) {

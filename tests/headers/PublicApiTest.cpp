@@ -43,6 +43,15 @@ TEST(PublicApi, CalendarDisplayAndConfiguration) {
     EXPECT_STREQ("0.1.0", qvnrt::LibraryVersion());
 }
 
+TEST(PublicApi, News) {
+    RTNewsItem item("ACME", 0, 0, 1, 10, 0, 0, nullptr, 0, nullptr, 0);
+    EXPECT_EQ(0, item.StartNewsCollection(1, 0));  // not connected
+    EXPECT_EQ(0, item.AddHeadline(1, "Headline", 2, "Wire", 100, 1, 0));
+    RTNewsHeadline* headline = item.GetNewsHeadline(1);
+    ASSERT_NE(nullptr, headline);
+    EXPECT_STREQ("Headline", headline->GetArticleBody(nullptr, 0, 0));
+}
+
 TEST(PublicApi, HostHooks) {
     struct Host : qvnrt::UiHost {
         int MessageBox(const char*, const char*, unsigned, unsigned) override { return 0; }
