@@ -11,6 +11,7 @@
 
 #include "platform/Clock.h"
 #include "platform/Directories.h"
+#include "securities/PendingTicks.h"
 #include "store/PendingEod.h"
 #include "store/SecCacheEntry.h"
 #include "store/TickFilePath.h"
@@ -260,6 +261,8 @@ void CacheTimerProc(HWND, unsigned int, uintptr_t, uint32_t systemTime) {
     struct ClearBusy {
         ~ClearBusy() { s_cacheTimerBusy = false; }
     } clearBusy;
+    // Live ticks of the direct path (securities/PendingTicks); becomes a registered step.
+    qvnrt::securities::DeliverPendingTicks();
     DeliverPendingEod();
     s_cacheLastTick = qvnrt::platform::TickCount();
 }

@@ -1,0 +1,29 @@
+// Live ticks of requests that bypassed the tick stores, held per security until the cache
+// timer hands them on: the driver's call stays short, and the owner's handler runs on the
+// timer, not inside it.
+#pragma once
+
+#include <map>
+#include <vector>
+
+#include <qvnrt/driver.h>
+
+class RTSecurity;
+class RTSec_Base;
+
+namespace RTSecCache {
+
+// Ordered by the security's address, the order of delivery.
+extern std::map<RTSecurity*, std::vector<TICKREC>, std::less<>> s_pendingTicks;
+
+}  // namespace RTSecCache
+
+namespace qvnrt::securities {
+
+void QueuePendingTicks(RTSecurity* security, const TICKREC* ticks, int count);
+// Hands every queue whose security is ready to it, as one live packet, and erases it.
+void DeliverPendingTicks();
+// Forgets what waits for the security (its request closed, or the object going).
+void DropPendingTicks(RTSec_Base* security);
+
+}  // namespace qvnrt::securities
