@@ -74,15 +74,26 @@ RTINTRADAY_PRICEREC* RTSecurity::ConvertNewMinuteBars(int& count, RTINTRADAY_PRI
         count = 0;
         return nullptr;
     }
-    auto* buffer = static_cast<RTINTRADAY_PRICEREC*>(
-        AdjustJulians(count, bars, sizeof(RTINTRADAY_PRICEREC)));
-    if (!buffer) {
+    if (count <= 0 || !bars) {
         count = 0;
         return nullptr;
     }
+    // One record more than the packet: the bar that was open before it goes out too.
+    auto* buffer = static_cast<RTINTRADAY_PRICEREC*>(
+        std::malloc((static_cast<size_t>(count) + 1) * sizeof(RTINTRADAY_PRICEREC)));
+    if (!buffer) {
+        m_lTickStatus = -1;
+        count = 0;
+        return nullptr;
+    }
+    std::memcpy(buffer, bars, static_cast<size_t>(count) * sizeof(RTINTRADAY_PRICEREC));
+    for (int i = 0; i < count; ++i) {
+        if (buffer[i].time) buffer[i].time += EPOCH_1970;
+    }
     const uint32_t width = static_cast<uint32_t>(-60 * m_origRequest.weight);
     // The output overwrites the packet as it is read: a bar goes out only after the record
-    // that closed it has been taken, so writing never overtakes reading.
+    // that closed it has been taken, so writing stays at most one record ahead of reading,
+    // and that one is the spare record at the end.
     int produced = 0;
     uint32_t skipUntil = 0;
     for (int i = 0; i < count; ++i) {
