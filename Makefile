@@ -53,8 +53,15 @@ check: test test-sanitize
 demo: build
 	./$(BUILD)/cli/qvnrt-cli demo
 
+# Only the benchmarks need pandas (bench/compare_pandas.py).
+BENCH_PACKAGES := python3-pandas
+
 bench: build
+	@dpkg-query -W -f='$${Status}' $(BENCH_PACKAGES) 2>/dev/null | grep -q 'install ok installed' || { \
+	  sudo=""; [ "$$(id -u)" -eq 0 ] || sudo=sudo; \
+	  DEBIAN_FRONTEND=noninteractive $$sudo apt-get install -y -qq --no-install-recommends $(BENCH_PACKAGES); }
 	@for b in $(BUILD)/bench/*/bench_*; do [ -x "$$b" ] && "$$b"; done
+	python3 bench/compare_pandas.py $(BUILD)/bench/securities/bench_conversion
 
 clean:
 	rm -rf $(BUILD) $(SANITIZE_BUILD)
