@@ -7,6 +7,8 @@
 //   exchanges                       the exchanges the driver knows
 //   info                            the library's version and the driver it would load
 //   demo                            quotes of a few simulated securities for a few seconds
+//   ticks SYMBOL [--from T] [--to T] [--live] [--minutes]   intraday ticks or minute bars
+//   bars SYMBOL --width 7m|1h|100t [--days N] [--live] [--chart]   bars of any width
 #include <unistd.h>
 
 #include <cstdio>
@@ -18,6 +20,7 @@
 #include <qvnrt/qvnrt.h>
 
 #include "cli/CliSession.h"
+#include "cli/IntradayCommands.h"
 #include "cli/QuoteBoard.h"
 
 namespace {
@@ -37,6 +40,7 @@ struct Options {
     std::string cacheDirectory;
     double seconds = 0;  // 0: until Ctrl-C
     bool offline = false;
+    qvnrt::cli::IntradayOptions intraday;  // ticks and bars
 };
 
 int Usage() {
@@ -47,7 +51,12 @@ int Usage() {
                  "the cache alone\n"
                  "  exchanges                       the exchanges the driver knows\n"
                  "  info                            version and driver\n"
-                 "  demo                            a few simulated quotes for a few seconds\n");
+                 "  demo                            a few simulated quotes for a few seconds\n"
+                 "  ticks SYMBOL [--from TIME] [--to TIME] [--live] [--minutes] [--seconds N]\n"
+                 "                                  intraday ticks (or one-minute bars), newest\n"
+                 "                                  first; TIME is YYYY-MM-DD[THH:MM], exchange time\n"
+                 "  bars SYMBOL --width 7m|30m|1h|100t [--days N] [--live] [--chart] [--seconds N]\n"
+                 "                                  session-aligned bars, as a table or candles\n");
     return 2;
 }
 
@@ -65,6 +74,23 @@ bool Parse(int argc, char** argv, Options& options) {
             if (*end || options.seconds < 0) return false;
         } else if (arg == "--offline") {
             options.offline = true;
+        } else if (arg == "--from" && hasValue) {
+            options.intraday.from = argv[++i];
+        } else if (arg == "--to" && hasValue) {
+            options.intraday.to = argv[++i];
+        } else if (arg == "--width" && hasValue) {
+            options.intraday.width = argv[++i];
+        } else if (arg == "--days" && hasValue) {
+            char* end = nullptr;
+            const long days = std::strtol(argv[++i], &end, 10);
+            if (*end || days <= 0 || days > 3650) return false;
+            options.intraday.days = static_cast<int>(days);
+        } else if (arg == "--live") {
+            options.intraday.live = true;
+        } else if (arg == "--minutes") {
+            options.intraday.minutes = true;
+        } else if (arg == "--chart") {
+            options.intraday.chart = true;
         } else if (arg.rfind("--", 0) == 0) {
             return false;
         } else if (options.command.empty()) {
@@ -187,5 +213,14 @@ int main(int argc, char** argv) {
     if (options.command == "exchanges") return Exchanges(options);
     if (options.command == "info") return Info(options);
     if (options.command == "demo") return Demo(options);
+    if (options.command == "ticks" || options.command == "bars") {
+        if (options.symbols.size() != 1) return Usage();
+        options.intraday.symbol = options.symbols[0];
+        options.intraday.driver = options.driver;
+        options.intraday.seconds = options.seconds;
+        const int result = options.command == "ticks" ? qvnrt::cli::Ticks(options.intraday)
+                                                      : qvnrt::cli::Bars(options.intraday);
+        return result == 2 ? Usage() : result;
+    }
     return Usage();
 }
