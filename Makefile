@@ -61,7 +61,7 @@ bench: build
 	  sudo=""; [ "$$(id -u)" -eq 0 ] || sudo=sudo; \
 	  DEBIAN_FRONTEND=noninteractive $$sudo apt-get install -y -qq --no-install-recommends $(BENCH_PACKAGES); }
 	@for b in $(BUILD)/bench/*/bench_*; do [ -x "$$b" ] && "$$b"; done
-	python3 bench/compare_pandas.py $(BUILD)/bench/securities/bench_conversion
+	/usr/bin/python3 bench/compare_pandas.py $(BUILD)/bench/securities/bench_conversion
 
 clean:
 	rm -rf $(BUILD) $(SANITIZE_BUILD)
