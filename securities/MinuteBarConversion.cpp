@@ -176,34 +176,46 @@ RTINTRADAY_PRICEREC* RTSecurity::ConvertMinuteBarsToOrigRequest(int& count, void
     };
 
     int i = total - 1;  // the oldest record
+    // The start of the session after the last one walked: a record there is in session and
+    // opens its first bar, which spares the minute test and the bar's walk.
+    uint32_t knownStart = 0;
     while (i >= 0) {
-        uint32_t next = 0;
-        if (!walk.minuteTest(timeOf(i), next)) {
-            do --i;
-            while (i >= 0 && timeOf(i) < next);
-            continue;
+        uint32_t start = timeOf(i);
+        if (start != knownStart) {
+            uint32_t next = 0;
+            if (!walk.minuteTest(start, next)) {
+                do --i;
+                while (i >= 0 && timeOf(i) < next);
+                continue;
+            }
+            start = walk.barStart(start, weight);
         }
-        uint32_t start = walk.barStart(timeOf(i), weight);
         uint32_t lastBar = 0;
-        const uint32_t sessionEnd = walk.sessionEnd(timeOf(i), weight, weight, lastBar);
-        if (sessionEnd < timeOf(i)) {  // rules the calendar cannot walk: no progress to make
+        const uint32_t sessionEnd =
+            walk.sessionEnd(timeOf(i), weight, weight, lastBar, knownStart);
+        // Rules the calendar cannot walk, or a session before 1970: no progress to make.
+        if (sessionEnd < timeOf(i) || start < EPOCH_1970) {
             --i;
             continue;
         }
         uint32_t end = start == lastBar ? sessionEnd + 1 : start + width;
-        for (; i >= 0 && timeOf(i) <= sessionEnd; ) {
-            const uint32_t time = timeOf(i);
-            if (time < start) {
-                --i;
-                continue;
-            }
-            if (time >= end) {
+        // The hot loop compares the driver's own times: the edges are taken back to them
+        // once per bar instead of every record being moved forward.
+        const uint32_t rawSessionEnd = sessionEnd - EPOCH_1970;
+        uint32_t rawStart = start - EPOCH_1970;
+        uint32_t rawEnd = end - EPOCH_1970;
+        for (; i >= 0; --i) {
+            const RTINTRADAY_PRICEREC& minute = records[i];
+            const uint32_t time = minute.time;
+            if (time > rawSessionEnd) break;
+            if (time < rawStart) continue;
+            while (time >= rawEnd) {  // bars with no record are left out
                 if (bar.time) writeOut();
                 start = end;
                 end = start == lastBar ? sessionEnd + 1 : start + width;
-                continue;
+                rawStart = start - EPOCH_1970;
+                rawEnd = end - EPOCH_1970;
             }
-            const RTINTRADAY_PRICEREC& minute = records[i];
             if (!bar.time) {
                 bar = minute;
                 bar.time = end - 1;
@@ -218,15 +230,14 @@ RTINTRADAY_PRICEREC* RTSecurity::ConvertMinuteBarsToOrigRequest(int& count, void
                     split.time = 0;
                     closeSettled = true;
                 }
-            } else {
-                bar.volume += minute.volume;
-                if (!closeSettled) bar.close = minute.close;
-                if (minute.high > bar.high) bar.high = minute.high;
-                if (bar.low == 0.0f || (minute.low != 0.0f && minute.low < bar.low)) {
-                    bar.low = minute.low;
-                }
+                continue;
             }
-            --i;
+            bar.volume += minute.volume;
+            if (!closeSettled) bar.close = minute.close;
+            if (minute.high > bar.high) bar.high = minute.high;
+            if (bar.low == 0.0f || (minute.low != 0.0f && minute.low < bar.low)) {
+                bar.low = minute.low;
+            }
         }
         if (bar.time) {
             // At an equal stamp the bar is the open one, now whole over its packets.

@@ -50,8 +50,15 @@ bool SessionWalk::minuteTest(uint32_t time, uint32_t& next) const {
 
 uint32_t SessionWalk::sessionEnd(uint32_t time, int walkWeight, int lastWeight,
                                  uint32_t& lastBarStart) const {
+    uint32_t nextStart = 0;
+    return sessionEnd(time, walkWeight, lastWeight, lastBarStart, nextStart);
+}
+
+uint32_t SessionWalk::sessionEnd(uint32_t time, int walkWeight, int lastWeight,
+                                 uint32_t& lastBarStart, uint32_t& nextStart) const {
     Date date = at(minuteOf(time));
     toNextSessionStart(date);
+    nextStart = date.m_value;
     sub(date, walkWeight);
     lastBarStart = date.m_value;
     toLastSecond(date, lastWeight);

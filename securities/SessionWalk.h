@@ -27,6 +27,9 @@ public:
     // session's last bar.
     uint32_t sessionEnd(uint32_t time, int walkWeight, int lastWeight,
                         uint32_t& lastBarStart) const;
+    // The same, and `nextStart` gets the first second of the next live session.
+    uint32_t sessionEnd(uint32_t time, int walkWeight, int lastWeight, uint32_t& lastBarStart,
+                        uint32_t& nextStart) const;
     // The first second of the bar of `weight` that holds `time`: one bar on and one back.
     uint32_t barStart(uint32_t time, int weight) const;
     uint32_t firstSecond(uint32_t time, int weight) const;
