@@ -1,18 +1,18 @@
 # The two commands of the README:
 #   make demo   installs what is missing, builds, and runs the command-line program
 #               against the simulation driver
-#   make check  installs what is missing, builds, and runs every test, first in the plain
-#               build, then with AddressSanitizer and UndefinedBehaviorSanitizer
+#   make check  installs what is missing, checks that every include goes down the layers,
+#               builds, and runs every test, first in the plain build, then with
+#               AddressSanitizer and UndefinedBehaviorSanitizer
 # Both are safe to run again.
 
 SHELL := /bin/bash
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 BUILD ?= build
 SANITIZE_BUILD ?= build-sanitize
-PACKAGES := build-essential cmake pkg-config libgtest-dev libgmock-dev libbenchmark-dev \
-            libsqlite3-dev tzdata
+PACKAGES := build-essential cmake libgtest-dev libgmock-dev libbenchmark-dev tzdata
 
-.PHONY: all deps build build-sanitize check test test-sanitize demo bench clean
+.PHONY: all deps build build-sanitize check layers test test-sanitize demo bench clean
 
 all: build
 
@@ -48,7 +48,10 @@ test-sanitize: build-sanitize
 	  UBSAN_OPTIONS=print_stacktrace=1:halt_on_error=1 \
 	  ctest --output-on-failure --no-tests=error -j $(JOBS)
 
-check: test test-sanitize
+layers:
+	tools/check-layers.sh
+
+check: layers test test-sanitize
 
 demo: build
 	./$(BUILD)/cli/qvnrt-cli demo

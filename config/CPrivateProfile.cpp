@@ -1,15 +1,14 @@
 #include <qvnrt/CPrivateProfile.h>
 
 #include <algorithm>
-#include <cerrno>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <string>
-#include <unistd.h>
 
 #include "platform/Directories.h"
+#include "platform/FileStreams.h"
 #include "platform/Registry.h"
 
 namespace {
@@ -39,8 +38,7 @@ bool IsLineBreak(char c) { return c == '\n' || c == '\r' || c == '\0'; }
 // before the temporary file replaces anything, is what keeps a short write (a full disk,
 // RLIMIT_FSIZE) from taking the place of a good file.
 void FlushToDisk(CStdioFile& file) {
-    if (std::fflush(file.m_pStream) != 0 || ::fsync(::fileno(file.m_pStream)) != 0) {
-        const int error = errno;
+    if (const int error = qvnrt::platform::FlushStreamToDisk(file.m_pStream); error != 0) {
         throw CFileException(CFileException::OsErrorToCause(error), error, file.GetFilePath());
     }
 }

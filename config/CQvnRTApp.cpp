@@ -25,7 +25,8 @@ int CQvnRTApp::InitInstance() { return 1; }
 
 const char* qvnrt::AppNameBuffer() { return g_appName; }
 
-const char* qvnrt::LibraryVersion() { return "0.1.0"; }
+// The version of project() in the top CMakeLists.txt.
+const char* qvnrt::LibraryVersion() { return QVNRT_VERSION; }
 
 void qvnrtSetAppName(const char* name) {
     std::memset(g_appName, 0, sizeof(g_appName));

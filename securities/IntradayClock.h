@@ -6,10 +6,10 @@
 
 #include <qvnrt/RTServer.h>
 
-#include "store/SecCache.h"
+#include "store/StoreState.h"
 
 namespace qvnrt::securities {
 
-inline time_t IntradayNow() { return RTSecCache::s_cacheNow + RTServer::s_lServerTimeDelta; }
+inline time_t IntradayNow() { return RTSecCache::Store().now() + RTServer::s_lServerTimeDelta; }
 
 }  // namespace qvnrt::securities

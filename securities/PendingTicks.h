@@ -11,17 +11,15 @@
 class RTSecurity;
 class RTSec_Base;
 
-namespace RTSecCache {
-
-// Ordered by the security's address, the order of delivery.
-extern std::map<RTSecurity*, std::vector<TICKREC>, std::less<>> s_pendingTicks;
-
-}  // namespace RTSecCache
-
 namespace qvnrt::securities {
 
+// Ordered by the security's address, the order of delivery. Found by any RTSec_Base address
+// too, which is how a closing security drops its queue.
+using PendingTicksMap = std::map<RTSecurity*, std::vector<TICKREC>, std::less<>>;
+
 void QueuePendingTicks(RTSecurity* security, const TICKREC* ticks, int count);
-// Hands every queue whose security is ready to it, as one live packet, and erases it.
+// The cache timer's step: hands every queue whose security is ready to it, as one live
+// packet, and erases it.
 void DeliverPendingTicks();
 // Forgets what waits for the security (its request closed, or the object going).
 void DropPendingTicks(RTSec_Base* security);

@@ -7,7 +7,7 @@
 #include <qvnrt/RTServer.h>
 
 #include "platform/LiveObjects.h"
-#include "store/SecCache.h"
+#include "securities/CacheBinding.h"
 #include "store/SecCacheEntry.h"
 
 namespace {
@@ -73,7 +73,7 @@ RTSec_Base::RTSec_Base(const RTSec_Base& other) : RTSec_Base() {
 RTSec_Base& RTSec_Base::operator=(const RTSec_Base& other) {
     if (this == &other) return *this;
     if (m_pCacheEntry != other.m_pCacheEntry) {
-        if (m_pCacheEntry) RTSecCache::closeEntry(this);
+        if (m_pCacheEntry) qvnrt::securities::closeEntry(this);
         m_pCacheEntry = other.m_pCacheEntry;
         if (m_pCacheEntry) ++m_pCacheEntry->m_refCount;
     }
@@ -152,12 +152,12 @@ RTSec_Base* RTSec_Base::clone() {
 bool RTSec_Base::OpenRTSec(const char* symbol) {
     CloseEvent();
     m_strSymbol = symbol;
-    RTSecCache::openEntry(m_strSymbol, this, "");
+    qvnrt::securities::openEntry(m_strSymbol, this, "");
     return m_pCacheEntry != nullptr;
 }
 
 void RTSec_Base::Close() {
-    if (m_pCacheEntry) RTSecCache::closeEntry(this);
+    if (m_pCacheEntry) qvnrt::securities::closeEntry(this);
     m_exchange = -1;
     m_pCacheEntry = nullptr;
     m_flags = 0;
@@ -169,7 +169,7 @@ void RTSec_Base::Close() {
 }
 
 bool RTSec_Base::IsOpen() {
-    return m_pCacheEntry && RTSecCache::s_cacheEnabled && !m_pCacheEntry->isClosed();
+    return m_pCacheEntry && RTServer::IsCacheEnabled() && !m_pCacheEntry->isClosed();
 }
 
 int RTSec_Base::GetSecInt(int field, long* error) {

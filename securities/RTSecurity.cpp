@@ -9,9 +9,9 @@
 #include <qvnrt/RTServer.h>
 
 #include "platform/LiveObjects.h"
+#include "securities/CacheBinding.h"
 #include "securities/DefaultFields.h"
-#include "store/PendingEod.h"
-#include "store/SecCache.h"
+#include "securities/SecuritiesState.h"
 #include "store/SecCacheEntry.h"
 
 namespace {
@@ -73,7 +73,7 @@ int RTSecurity::ReqSecurity(const char* symbol, char* fields, RTSecurityType typ
     m_lastError = 0;
     const CString activeFields = fields ? CString(fields) : m_strDefaultFields;
     // While offline this may call back at once, replaying the cached fields.
-    RTSecCache::openEntry(m_strSymbol, this, activeFields);
+    qvnrt::securities::openEntry(m_strSymbol, this, activeFields);
     if (activeFields.IsEmpty()) return 1;
     if (RTServer::IsConnected()) {
         const CString requestSymbol = (flags & kUnmappedSymbol) ? m_strSymbol : GetReqSymbol();
@@ -179,7 +179,7 @@ void RTSecurity::SetDefaultFields(CString fields) { m_strDefaultFields = fields;
 long RTSecurity::GetLastError() { return m_lastError; }
 
 void RTSecurity::closeEodRequest() {
-    RTSecCache::s_pendingEod.erase(this);  // undelivered records are dropped
+    qvnrt::securities::State().pendingEod().erase(this);  // undelivered records are dropped
     RTServer::CloseEvent(m_eodRequest);
 }
 

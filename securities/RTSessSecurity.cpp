@@ -6,7 +6,7 @@
 #include <qvnrt/RTServer.h>
 
 #include "platform/LiveObjects.h"
-#include "store/SessionRules.h"
+#include "securities/SessionRulesRequest.h"
 
 RTSessSecurity::RTSessSecurity()
     : m_hSessEvent(0), m_bReadSessHolInfo(1), m_pSessionRec(nullptr), m_pHolidayRec(nullptr) {}
@@ -42,7 +42,7 @@ int RTSessSecurity::ReqSecurity(const char* symbol, char* fields, RTSecurityType
 int RTSessSecurity::ReqSessionInfo(int) {
     if (!m_pCacheEntry) return 0;
     if (m_hSessEvent) closeSessionRequest();
-    return RTSecCache::RequestSessionRules(*this);
+    return qvnrt::securities::RequestSessionRules(*this);
 }
 
 void RTSessSecurity::readSessHolInfo(bool read) { m_bReadSessHolInfo = read ? 1 : 0; }

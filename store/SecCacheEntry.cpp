@@ -7,6 +7,7 @@
 #include "platform/Directories.h"
 #include "store/SecCache.h"
 #include "store/SecFieldTable.h"
+#include "store/StoreState.h"
 #include "store/TickFilePath.h"
 
 namespace RTSecCache {
@@ -43,7 +44,7 @@ int ReadInt(FieldKind kind, const unsigned char* place) {
 
 }  // namespace
 
-void SecCacheEntry::touch() { m_record->lastUse = static_cast<uint32_t>(s_cacheNow); }
+void SecCacheEntry::touch() { m_record->lastUse = static_cast<uint32_t>(Store().now()); }
 
 bool SecCacheEntry::isPresent(int field) const {
     return InRange(field) && (m_record->presence & Bit(field)) != 0;
@@ -81,13 +82,13 @@ const unsigned char* SecCacheEntry::readable(int field, std::initializer_list<Fi
 }
 
 int SecCacheEntry::getSecInt(int field, long* error) {
-    if (!s_cacheEnabled) return 0;
+    if (!Store().enabled()) return 0;
     const unsigned char* place = readable(field, {FieldRead::Int, FieldRead::IntAsFloat}, error);
     return place ? ReadInt(FieldSlotOf(field).kind, place) : 0;
 }
 
 float SecCacheEntry::getSecFloat(int field, long* error) {
-    if (!s_cacheEnabled) return 0.0f;
+    if (!Store().enabled()) return 0.0f;
     const unsigned char* place =
         readable(field, {FieldRead::Float, FieldRead::IntAsFloat}, error);
     if (!place) return 0.0f;
@@ -99,18 +100,18 @@ float SecCacheEntry::getSecFloat(int field, long* error) {
 }
 
 const char* SecCacheEntry::getSecString(int field, long* error) {
-    if (!s_cacheEnabled) return nullptr;
+    if (!Store().enabled()) return nullptr;
     return reinterpret_cast<const char*>(readable(field, {FieldRead::String}, error));
 }
 
 bool SecCacheEntry::storeSecField(unsigned long, int code, int field, int, void* data) {
-    if (!s_cacheEnabled) return false;
+    if (!Store().enabled()) return false;
     if (code < 0) {
         // The service rejected the symbol: its fields drop out of view; the bytes remain.
         m_record->presence = Bit(kClosedBit);
         return false;
     }
-    m_record->lastStore = static_cast<uint32_t>(s_cacheNow);
+    m_record->lastStore = static_cast<uint32_t>(Store().now());
     if (!InRange(field)) return true;
     m_record->presence |= Bit(field);
     if (field == 0) {

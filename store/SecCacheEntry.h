@@ -10,9 +10,6 @@
 #include "store/SecData.h"
 #include "store/SecFieldTable.h"
 
-class RTSec_Base;
-class RTSessSecurity;
-
 namespace RTSecCache {
 
 class MinuteStore;
@@ -44,18 +41,20 @@ public:
     bool sessionInfo(SESSION_INFO*& session, HOLIDAYS_INFO*& holidays);
     // A change of kind "S" clears everything cached for the symbol.
     void applySecChange(const RTSecChange* change);
+    // Stamps the record's last use with the cache's clock.
+    void touch();
 
     SecData1* m_record;                          // the node's key too; moved by rebase
-    std::set<RTSec_Base*> m_objects;             // kept empty
-    // Found by any RTSec_Base address too, so that a closing security can leave it.
-    std::set<RTSessSecurity*, std::less<>> m_sessionListeners;
+    std::set<const void*> m_objects;             // kept empty
+    // The objects that listen for changes of the symbol's session rules, by address. The
+    // store never looks at them: the layer that adds them knows what they are.
+    std::set<const void*> m_sessionListeners;
     MinuteStore* m_pMinuteStore = nullptr;
     TickStore* m_pTickStore = nullptr;
     int m_refCount = 0;
     void* m_pRootStorage = nullptr;              // the open .tik file, null when none
 
 private:
-    void touch();
     const unsigned char* readable(int field, std::initializer_list<FieldRead> reads,
                                   long* error);
     // The address of a field's bytes, or null when it has no storage (or no SecData2).

@@ -3,7 +3,7 @@
 #include <cstdio>
 
 #include "platform/Directories.h"
-#include "store/SecCache.h"
+#include "store/StoreState.h"
 
 namespace RTSecCache {
 namespace {
@@ -22,7 +22,7 @@ std::string TickFilePath(const char* symbol) {
     const std::string text = symbol ? symbol : "";
     const unsigned char first = text.empty() ? 0 : static_cast<unsigned char>(text[0]);
     const std::string directory = qvnrt::platform::JoinPath(
-        s_cacheDir.str(), std::string(1, IsAsciiAlnum(first) ? static_cast<char>(first) : '_'));
+        Store().directory().str(), std::string(1, IsAsciiAlnum(first) ? static_cast<char>(first) : '_'));
     qvnrt::platform::MakeDirectory(directory);
     std::string name;
     for (const unsigned char c : text) {

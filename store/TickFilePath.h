@@ -5,7 +5,7 @@
 
 namespace RTSecCache {
 
-// s_cacheDir, "/", one directory character, "/", the escaped symbol, ".tik". The directory
+// The cache directory, "/", one directory character, "/", the escaped symbol, ".tik". The directory
 // character is the symbol's first character if it is an ASCII letter or digit, else "_".
 // In the escaped symbol "@", letters, digits, "$", "-", "_" and "#" stand as they are; any
 // other byte becomes "%" and its value in lower-case hexadecimal without padding. The

@@ -4,7 +4,7 @@
 #include <climits>
 #include <cstring>
 
-#include "platform/FileMapping.h"
+#include "platform/MappedFiles.h"
 
 namespace RTSecCache {
 namespace {

@@ -8,7 +8,7 @@
 #include <qvnrt/RTServer.h>
 
 #include "calendar/PeriodTestSupport.h"
-#include "store/SecCache.h"
+#include "store/StoreState.h"
 #include "support/FakeSession.h"
 #include "support/IntradayOwner.h"
 #include "support/ManualClock.h"
@@ -38,7 +38,7 @@ protected:
 
     void SetNow(uint32_t date) {
         clock.now = date - EPOCH_1970;
-        RTSecCache::s_cacheNow = clock.now;
+        RTSecCache::Store().refreshClock();
     }
     bool Ask(short weight, short live = 0, uint32_t end = 0, uint8_t route = 0,
              unsigned char filterMode = 2, short days = 198, unsigned short word = 0) {

@@ -7,8 +7,9 @@
 #include <qvnrt/RTSecCache.h>
 #include <qvnrt/RTSecurity.h>
 
-#include "store/PendingEod.h"
-#include "store/SecCache.h"
+#include "securities/SecuritiesState.h"
+#include "server/CacheTimer.h"
+#include "store/StoreState.h"
 #include "support/FakeSession.h"
 #include "support/ManualClock.h"
 #include "support/RecordingListener.h"
@@ -49,12 +50,12 @@ TEST_F(CacheTimer, TicksCloserThan150MillisecondsOnlyRefreshTheClock) {
     ManualClock clock(5000, 1000);
     RTSecCache::CacheTimerProc(nullptr, 0, 0, 1000);
     EXPECT_EQ(1, Heartbeats());
-    EXPECT_EQ(1000u, RTSecCache::s_cacheLastTick);  // the tick count at the finish
+    EXPECT_EQ(1000u, qvnrt::server::TheCacheTimer().lastTick());  // the tick count at the finish
 
     clock.now = 5001;
     RTSecCache::CacheTimerProc(nullptr, 0, 0, 1149);
     EXPECT_EQ(1, Heartbeats());
-    EXPECT_EQ(5001, RTSecCache::s_cacheNow);
+    EXPECT_EQ(5001, RTSecCache::Store().now());
 
     RTSecCache::CacheTimerProc(nullptr, 0, 0, 1150);
     EXPECT_EQ(2, Heartbeats());
@@ -73,11 +74,11 @@ TEST_F(CacheTimer, HeartbeatComesBeforeTheBusyFlag) {
     ManualClock clock(5000, 1000);
     std::vector<bool> busyDuringHeartbeat;
     listener.after = [&](const std::string&) {
-        busyDuringHeartbeat.push_back(RTSecCache::s_cacheTimerBusy);
+        busyDuringHeartbeat.push_back(qvnrt::server::TheCacheTimer().busy());
     };
     RTSecCache::CacheTimerProc(nullptr, 0, 0, 1000);
     EXPECT_EQ(std::vector<bool>{false}, busyDuringHeartbeat);
-    EXPECT_FALSE(RTSecCache::s_cacheTimerBusy);
+    EXPECT_FALSE(qvnrt::server::TheCacheTimer().busy());
 }
 
 // A security that can be held back, and records what it is given.
@@ -97,8 +98,8 @@ public:
     std::vector<Call> calls;
 };
 
-RTSecCache::PendingEodEntry Pending(std::vector<uint32_t> dates, bool complete, bool ended) {
-    RTSecCache::PendingEodEntry entry;
+qvnrt::securities::PendingEodEntry Pending(std::vector<uint32_t> dates, bool complete, bool ended) {
+    qvnrt::securities::PendingEodEntry entry;
     entry.complete = complete;
     entry.ended = ended;
     for (uint32_t date : dates) entry.records.push_back(RTPRICEREC{date, 0, 1, 1, 1, 1, 1});
@@ -109,10 +110,10 @@ TEST_F(CacheTimer, BufferedEndOfDayRecordsWaitForAReadySecurity) {
     ManualClock clock(5000, 1000);
     EodOwner owner;
     owner.ready = false;
-    RTSecCache::s_pendingEod[&owner] = Pending({10, 11, 12}, false, false);
+    qvnrt::securities::State().pendingEod()[&owner] = Pending({10, 11, 12}, false, false);
     RTSecCache::CacheTimerProc(nullptr, 0, 0, 1000);
     EXPECT_TRUE(owner.calls.empty());
-    ASSERT_EQ(1u, RTSecCache::s_pendingEod.count(&owner));
+    ASSERT_EQ(1u, qvnrt::securities::State().pendingEod().count(&owner));
 
     owner.ready = true;
     RTSecCache::CacheTimerProc(nullptr, 0, 0, 2000);
@@ -124,14 +125,14 @@ TEST_F(CacheTimer, BufferedEndOfDayRecordsWaitForAReadySecurity) {
     EXPECT_EQ(1, owner.calls[1].count);
     EXPECT_EQ(0, owner.calls[1].flags);
     EXPECT_EQ(10u, owner.calls[1].firstDate);
-    EXPECT_EQ(0u, RTSecCache::s_pendingEod.count(&owner));
+    EXPECT_EQ(0u, qvnrt::securities::State().pendingEod().count(&owner));
 }
 
 TEST_F(CacheTimer, EndedHistoryIsDeliveredWholeWithItsEndMark) {
     ManualClock clock(5000, 1000);
     EodOwner owner, empty;
-    RTSecCache::s_pendingEod[&owner] = Pending({10, 11}, true, true);
-    RTSecCache::s_pendingEod[&empty] = Pending({}, true, true);
+    qvnrt::securities::State().pendingEod()[&owner] = Pending({10, 11}, true, true);
+    qvnrt::securities::State().pendingEod()[&empty] = Pending({}, true, true);
     RTSecCache::CacheTimerProc(nullptr, 0, 0, 1000);
     ASSERT_EQ(2u, owner.calls.size());
     EXPECT_EQ(2, owner.calls[0].count);
@@ -145,9 +146,9 @@ TEST_F(CacheTimer, EndedHistoryIsDeliveredWholeWithItsEndMark) {
 
 TEST_F(CacheTimer, ClosingTheRequestDropsWhatWasBuffered) {
     EodOwner owner;
-    RTSecCache::s_pendingEod[&owner] = Pending({10}, true, false);
+    qvnrt::securities::State().pendingEod()[&owner] = Pending({10}, true, false);
     owner.CloseSecurity();
-    EXPECT_EQ(0u, RTSecCache::s_pendingEod.count(&owner));
+    EXPECT_EQ(0u, qvnrt::securities::State().pendingEod().count(&owner));
 }
 
 }  // namespace

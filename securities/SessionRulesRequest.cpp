@@ -1,4 +1,4 @@
-#include "store/SessionRules.h"
+#include "securities/SessionRulesRequest.h"
 
 #include <cstring>
 
@@ -6,16 +6,18 @@
 #include <qvnrt/RTSessSecurity.h>
 
 #include "platform/LiveObjects.h"
-#include "store/SecCache.h"
+#include "securities/CacheBinding.h"
 #include "store/SecCacheEntry.h"
 
-namespace RTSecCache {
+namespace qvnrt::securities {
+
+using RTSecCache::SecCacheEntry;
 
 bool RequestSessionRules(RTSessSecurity& security) {
     SecCacheEntry* entry = security.m_pCacheEntry;
     if (!entry) return false;
     if (RTServer::IsConnected()) {
-        entry->m_sessionListeners.insert(&security);
+        entry->m_sessionListeners.insert(ListenerKey(&security));
         const CString symbol = security.GetReqSymbol();
         security.m_hSessEvent = RTServer::m_lpclientReqSessionInfo(
             const_cast<char*>(static_cast<const char*>(symbol)), security.m_assetType,
@@ -38,7 +40,7 @@ int SessionRulesCallback(unsigned long handle, int status, SESSION_INFO* rules, 
                          unsigned long user) {
     if (!user) return 0;
     try {
-        auto* security = qvnrt::platform::LiveObjects<RTSec_Base>::Cast<RTSessSecurity>(user);
+        auto* security = platform::LiveObjects<RTSec_Base>::Cast<RTSessSecurity>(user);
         if (!security || security->m_hSessEvent != handle) return 1;
         SecCacheEntry* entry = security->m_pCacheEntry;
         if (!entry) return 1;
@@ -51,8 +53,11 @@ int SessionRulesCallback(unsigned long handle, int status, SESSION_INFO* rules, 
             std::memcpy(&kept, rules, sizeof(SESSION_INFO));
             // A copy of the set: a listener may close (and so leave the set) while it hears.
             const auto listeners = entry->m_sessionListeners;
-            for (RTSessSecurity* listener : listeners) {
-                if (!entry->m_sessionListeners.count(listener)) continue;
+            for (const void* key : listeners) {
+                if (!entry->m_sessionListeners.count(key)) continue;
+                // Only RTSessSecurity objects join, under the address of their base.
+                auto* listener = static_cast<RTSessSecurity*>(
+                    static_cast<RTSec_Base*>(const_cast<void*>(key)));
                 listener->ReqSessCallback(handle, status, rules, holidays);
                 listener->OnSessChanged();
             }
@@ -64,4 +69,4 @@ int SessionRulesCallback(unsigned long handle, int status, SESSION_INFO* rules, 
     return 1;
 }
 
-}  // namespace RTSecCache
+}  // namespace qvnrt::securities

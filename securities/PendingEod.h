@@ -8,7 +8,7 @@
 
 class RTSecurity;
 
-namespace RTSecCache {
+namespace qvnrt::securities {
 
 struct PendingEodEntry {
     bool complete = false;  // the data is final
@@ -18,9 +18,9 @@ struct PendingEodEntry {
 
 // Ordered by the security's address, the order of delivery. Found by any RTSec_Base address
 // too, which is how a closing security finds its entry.
-extern std::map<RTSecurity*, PendingEodEntry, std::less<>> s_pendingEod;
+using PendingEodMap = std::map<RTSecurity*, PendingEodEntry, std::less<>>;
 
-// Hands every entry whose security is ready to it, and erases it.
+// The cache timer's step: hands every entry whose security is ready to it, and erases it.
 void DeliverPendingEod();
 
-}  // namespace RTSecCache
+}  // namespace qvnrt::securities

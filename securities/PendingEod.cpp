@@ -1,16 +1,17 @@
-#include "store/PendingEod.h"
+#include "securities/PendingEod.h"
 
 #include <qvnrt/RTSecurity.h>
 
-namespace RTSecCache {
+#include "securities/SecuritiesState.h"
 
-std::map<RTSecurity*, PendingEodEntry, std::less<>> s_pendingEod;
+namespace qvnrt::securities {
 
 // Each entry goes over whole in the first tick in which its security is ready. While the
 // data is not final, the first record is the one that a further batch could still
 // overwrite: it is held back from the main call and sent alone, with flags 0, after it.
 void DeliverPendingEod() {
-    for (auto at = s_pendingEod.begin(); at != s_pendingEod.end();) {
+    PendingEodMap& pending = State().pendingEod();
+    for (auto at = pending.begin(); at != pending.end();) {
         RTSecurity* security = at->first;
         if (!security->IsReadyForRTCallback()) {
             ++at;
@@ -19,7 +20,7 @@ void DeliverPendingEod() {
         // Taken out of the map first: the owner's handler may close the request, and so
         // erase its own entry, while it runs.
         PendingEodEntry entry = std::move(at->second);
-        at = s_pendingEod.erase(at);
+        at = pending.erase(at);
         const RTSecurity* const key = security;
         int count = static_cast<int>(entry.records.size());
         if (!entry.complete && count > 0) --count;
@@ -34,8 +35,8 @@ void DeliverPendingEod() {
             security->ReqEODCallback(security->m_eodRequest, 0, entry.complete ? -1 : 0,
                                      nullptr);
         }
-        at = s_pendingEod.upper_bound(const_cast<RTSecurity*>(key));
+        at = pending.upper_bound(const_cast<RTSecurity*>(key));
     }
 }
 
-}  // namespace RTSecCache
+}  // namespace qvnrt::securities

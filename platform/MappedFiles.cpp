@@ -1,4 +1,4 @@
-#include "platform/FileMapping.h"
+#include "platform/MappedFiles.h"
 
 #include <fcntl.h>
 #include <sys/file.h>

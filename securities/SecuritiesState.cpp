@@ -1,0 +1,23 @@
+#include "securities/SecuritiesState.h"
+
+#include "server/CacheTimer.h"
+
+namespace qvnrt::securities {
+namespace {
+
+// Built when the library is loaded, so that it outlives the securities of an application
+// (a static security closes its requests at exit, and so reaches in here).
+SecuritiesState g_state;
+
+}  // namespace
+
+SecuritiesState& State() { return g_state; }
+
+// The timer is made at first use, here at the latest, so it is destroyed after this object:
+// the steps never outlive the state that they read.
+SecuritiesState::SecuritiesState() {
+    server::TheCacheTimer().addStep(server::TickStage::PendingTicks, &DeliverPendingTicks);
+    server::TheCacheTimer().addStep(server::TickStage::PendingEod, &DeliverPendingEod);
+}
+
+}  // namespace qvnrt::securities
