@@ -151,6 +151,7 @@ struct SessionCase {
     // bar stamps expected, all on 2026-11-18 (a Wednesday) unless the day is given.
     std::vector<std::pair<uint32_t, int>> spans;  // first minute, number of minutes
     std::vector<uint32_t> stamps;
+    friend void PrintTo(const SessionCase& c, std::ostream* out) { *out << c.name; }
 };
 
 class SessionShapes : public ::testing::TestWithParam<SessionCase> {};

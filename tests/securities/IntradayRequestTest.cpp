@@ -64,6 +64,10 @@ struct Reduction {
     short days;
     short plainWeight, plainLive;
     int converted;
+    friend void PrintTo(const Reduction& c, std::ostream* out) {
+        *out << "weight " << c.weight << " live " << c.live << (c.withEnd ? " with an end" : "")
+             << " filter " << int{c.filterMode} << " days " << c.days;
+    }
 };
 
 class RequestReduction : public IntradayRequest,
@@ -199,6 +203,7 @@ struct MarketCase {
     int bitFlags;
     long exchangeDelay;  // 0: the exchange says nothing
     int done;
+    friend void PrintTo(const MarketCase& c, std::ostream* out) { *out << c.what; }
 };
 
 class MarketOpen : public IntradayRequest, public ::testing::WithParamInterface<MarketCase> {};
