@@ -57,9 +57,11 @@ bool IntradayFeed::ReqTickCallback(unsigned long, int count, int done, int isNew
         const auto* records = static_cast<const TICKBARREC*>(data);
         for (int i = 0; i < count; ++i) {
             // A bar that goes on from the last packet moves its stamp to its newest tick.
+            RTINTRADAY_PRICEREC bar;  // out of the packed record, by bytes
+            std::memcpy(&bar, &records[i], sizeof(bar));
             if (records[i].continued && m_lastTickBar) bars.erase(m_lastTickBar);
-            bars[records[i].bar.time] = records[i].bar;
-            m_lastTickBar = records[i].bar.time;
+            bars[bar.time] = bar;
+            m_lastTickBar = bar.time;
         }
     }
     if (type == RTREC_INTRADAY_PRICEREC && !isNew && !bars.empty()) {

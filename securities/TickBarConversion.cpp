@@ -18,6 +18,20 @@ namespace {
 
 constexpr uint32_t kNoSessionEnd = 0xFFFFFFFFu;
 
+// TICKBARREC is packed, so its bar may lie off its alignment: it moves in and out by bytes.
+RTINTRADAY_PRICEREC BarOf(const TICKBARREC& record) {
+    RTINTRADAY_PRICEREC bar;
+    std::memcpy(&bar, &record, sizeof(bar));
+    return bar;
+}
+
+TICKBARREC Record(const RTINTRADAY_PRICEREC& bar, uint8_t continued) {
+    TICKBARREC record{};
+    std::memcpy(&record, &bar, sizeof(bar));
+    record.continued = continued;
+    return record;
+}
+
 void Widen(float& high, float& low, float price) {
     if (high == 0.0f || high < price) high = price;
     if (low == 0.0f || low > price) low = price;
@@ -69,7 +83,7 @@ TICKBARREC* RTSecurity::ConvertNewTicksToTickBars(int& count, TICKREC* ticks) {
     const int weight = m_origRequest.weight;
     int produced = 0;
     if (m_tickCount > 0) {
-        out[0] = TICKBARREC{m_openBar, 1, 0, 0};  // goes on from the packet before
+        out[0] = Record(m_openBar, 1);  // goes on from the packet before
         produced = 1;
     }
     bool used = false;
@@ -102,12 +116,13 @@ TICKBARREC* RTSecurity::ConvertNewTicksToTickBars(int& count, TICKREC* ticks) {
             out[produced++] = TICKBARREC{};
         }
         TICKBARREC& record = out[produced - 1];
-        RTINTRADAY_PRICEREC& bar = record.bar;
+        RTINTRADAY_PRICEREC bar = BarOf(record);
         bar.time = time;
         if (m_tickCount == 0) bar.open = tick.price;
         Widen(bar.high, bar.low, tick.price);
         bar.close = tick.price;
         bar.volume += tick.volume;
+        std::memcpy(&record, &bar, sizeof(bar));
         record.flag = tick.flag;
         used = true;
         if (++m_tickCount >= weight) {
@@ -120,7 +135,7 @@ TICKBARREC* RTSecurity::ConvertNewTicksToTickBars(int& count, TICKREC* ticks) {
         count = 0;
         return nullptr;
     }
-    if (m_tickCount != 0) m_openBar = out[produced - 1].bar;
+    if (m_tickCount != 0) m_openBar = BarOf(out[produced - 1]);
     count = produced;
     return out;
 }

@@ -160,9 +160,10 @@ TEST_F(IntradayRequest, UnconvertedRecordsArriveAsDatesWithEveryOtherByteKept) {
     session.fake.fireTick(Handle(), 2, 0, RTREC_TICKREC, ticks);
     const auto& tickPacket = owner->calls.back();
     ASSERT_EQ(2u, tickPacket.ticks.size());
-    EXPECT_EQ(ticks[1].time + EPOCH_1970, tickPacket.ticks[1].time);
+    // Unary plus reads the packed fields by value.
+    EXPECT_EQ(ticks[1].time + EPOCH_1970, +tickPacket.ticks[1].time);
     EXPECT_EQ(0x42, tickPacket.ticks[1].flag);
-    EXPECT_EQ(10.5f, tickPacket.ticks[1].price);
+    EXPECT_EQ(10.5f, +tickPacket.ticks[1].price);
 }
 
 TEST_F(IntradayRequest, BadPacketsAreSurvivedAndLatePacketsDropped) {
@@ -337,7 +338,7 @@ TEST_F(IntradayRequest, DirectLiveTicksWaitForTheTimer) {
     ASSERT_EQ(1u, owner->calls.size());
     EXPECT_EQ(1, owner->calls[0].isNew);
     ASSERT_EQ(3u, owner->calls[0].ticks.size());
-    EXPECT_EQ(At(2026, 11, 18, 10, 4, 2), owner->calls[0].ticks[2].time);
+    EXPECT_EQ(At(2026, 11, 18, 10, 4, 2), +owner->calls[0].ticks[2].time);
     RunTimer();
     EXPECT_EQ(1u, owner->calls.size());
 }

@@ -100,12 +100,13 @@ TEST_F(TickConversion, LiveTicksWaitForHistoryThenContinueTheOpenBarAsTickBarRec
     ASSERT_EQ(2u, records.size());
     EXPECT_EQ(1, records[0].continued);
     EXPECT_EQ(1, records[0].complete);
-    EXPECT_EQ(50 + 51 + 60, records[0].bar.volume);
+    // Unary plus reads the packed records' fields by value.
+    EXPECT_EQ(50 + 51 + 60, +records[0].bar.volume);
     EXPECT_EQ(0, records[1].continued);
     EXPECT_EQ(0, records[1].complete);
     EXPECT_EQ(0x7F, records[1].flag);
-    EXPECT_EQ(61 + 62, records[1].bar.volume);
-    EXPECT_EQ(At(2026, 11, 18, 10, 3), records[1].bar.time);
+    EXPECT_EQ(61 + 62, +records[1].bar.volume);
+    EXPECT_EQ(At(2026, 11, 18, 10, 3), +records[1].bar.time);
 }
 
 TEST_F(TickConversion, TicksOutsideTheSessionsVanishAndAnEmptyResultIsNotTold) {
@@ -117,7 +118,7 @@ TEST_F(TickConversion, TicksOutsideTheSessionsVanishAndAnEmptyResultIsNotTold) {
     EXPECT_EQ(1, Send(live, 1));
     ASSERT_EQ(1u, owner.calls.size());
     ASSERT_EQ(1u, owner.calls[0].ticks.size());
-    EXPECT_EQ(At(2026, 11, 18, 9, 45, 10), owner.calls[0].ticks[0].time);
+    EXPECT_EQ(At(2026, 11, 18, 9, 45, 10), +owner.calls[0].ticks[0].time);
     EXPECT_EQ(0x33, owner.calls[0].ticks[0].flag);
     EXPECT_EQ(1, Send({Tick(At(2026, 11, 18, 17, 0), 1, 1.0f)}, 1));
     EXPECT_EQ(1u, owner.calls.size());
