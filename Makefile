@@ -78,8 +78,15 @@ demo: deps $(BUILD)/CMakeCache.txt
 	cmake --build $(BUILD) -j $(JOBS) --target qvnrt qvnsim qvnrt-cli
 	./$(BUILD)/cli/qvnrt-cli demo
 
+# Only the benchmarks need pandas (bench/compare_pandas.py).
+BENCH_PACKAGES := python3-pandas
+
 bench: build
+	@dpkg-query -W -f='$${Status}' $(BENCH_PACKAGES) 2>/dev/null | grep -q 'install ok installed' || { \
+	  sudo=""; [ "$$(id -u)" -eq 0 ] || sudo=sudo; \
+	  DEBIAN_FRONTEND=noninteractive $$sudo apt-get install -y -qq --no-install-recommends $(BENCH_PACKAGES); }
 	@for b in $(BUILD)/bench/*/bench_*; do [ -x "$$b" ] && "$$b"; done
+	/usr/bin/python3 bench/compare_pandas.py $(BUILD)/bench/securities/bench_conversion
 
 # Its own build, without tests, for the prefix /usr and Debian's library directory.
 $(PACKAGE_BUILD)/CMakeCache.txt: | deps

@@ -64,12 +64,6 @@ RTSecurity::~RTSecurity() {
 
 // ---- Virtual operations ----
 
-// The open bar that this keeps moving exists only while intraday bars are requested; this
-// build makes no intraday requests, so there is never one (m_barStart stays 0).
-void RTSecurity::OnHeartBeat() {
-    if (m_barStart == 0 || !RTServer::IsConnected() || m_bInHeartBeat) return;
-}
-
 int RTSecurity::ReqSecurity(const char* symbol, char* fields, RTSecurityType type, int flags,
                             ServiceLimit limit) {
     if (m_request) CloseEvent();
@@ -118,7 +112,7 @@ void RTSecurity::setSessHolInfo(CSessionInfo* session, CHolidaysInfo* holidays,
 }
 
 int RTSecurity::CloseEvent() {
-    closeTickRequest();
+    CloseTick();
     CloseEOD();
     RTSec_Base::CloseEvent();  // not RTSec_Option's: the option fields survive
     m_lastError = 0;
@@ -169,7 +163,7 @@ int RTSecurity::ModifySecurity(char* fields) {
 }
 
 void RTSecurity::CloseSecurity() {
-    closeTickRequest();
+    CloseTick();
     CloseEOD();
     CloseEvent();
     RTSec_Base::Close();
@@ -182,22 +176,6 @@ int RTSecurity::operator==(unsigned long request) { return m_request == request;
 void RTSecurity::SetDefaultFields(CString fields) { m_strDefaultFields = fields; }
 
 long RTSecurity::GetLastError() { return m_lastError; }
-
-void RTSecurity::closeTickRequest() {
-    m_tickCount = -1;
-    m_barStart = m_barEnd = m_sessionEnd = m_lastBarStart = 0;
-    m_openBar.time = 0;
-    m_lastHistBar.time = 0;
-    m_savedBarStart = m_savedBarEnd = m_savedSessionEnd = m_savedLastBarStart = 0;
-    m_bFirstPacket = 1;
-    std::free(m_pHeldTicks);
-    m_pHeldTicks = nullptr;
-    m_nHeldTicks = 0;
-    m_bConvert = 0;
-    unsigned long handle = m_hTickEvent;
-    RTServer::CloseEvent(handle);
-    m_hTickEvent = 0;
-}
 
 // ---- Typed accessors ----
 

@@ -16,6 +16,7 @@ SecuritiesState& State() { return g_state; }
 // The timer is made at first use, here at the latest, so it is destroyed after this object:
 // the steps never outlive the state that they read.
 SecuritiesState::SecuritiesState() {
+    server::TheCacheTimer().addStep(server::TickStage::PendingTicks, &DeliverPendingTicks);
     server::TheCacheTimer().addStep(server::TickStage::PendingEod, &DeliverPendingEod);
 }
 

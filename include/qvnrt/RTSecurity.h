@@ -103,6 +103,33 @@ public:
     static int ReqEODCallbackHelper(unsigned long request, int count, int flags,
                                     RTPRICEREC* records, unsigned long user);
 
+    // ---- Intraday requests ----
+    // Packets reach the owner through ReqTickCallback(handle, count, done, isNew, type, data):
+    // type 1 TICKREC, 3 TICKBARREC, 4 RTINTRADAY_PRICEREC, 0 none; every time in them is a
+    // Date value. History comes with isNew 0, newest first, and ends with a call of count 0;
+    // live packets come with isNew 1, oldest first. The data belong to the library and are
+    // valid only during the call. A call of count 0, done 0 and no data after an allocation
+    // failure means the request is dead until the next RequestTick.
+
+    // Closes the earlier intraday request and asks for bars (weight below 0: minutes per bar)
+    // or ticks (weight 1) or bars of `weight` ticks, from `start` to `end` (Date values; end 0
+    // means up to now, with live updates when `live` is 1). The filter fields, `route` and
+    // `requestWord` are carried to the driver unread; route bits 0x11 bypass the tick cache.
+    // `sessions` may be null. True when a driver request is running for it. Bars and
+    // filtered ticks are built from plain minute bars or ticks, and need the session rules
+    // (setSessHolInfo); without them such a request delivers nothing.
+    bool RequestTick(unsigned long start, unsigned long end, short weight, short live,
+                     unsigned char filterMode, unsigned char time0, unsigned char time1,
+                     unsigned char time2, unsigned char time3, short days, bool* sessions,
+                     unsigned char extra, unsigned char route, unsigned short requestWord,
+                     int reqOptions, ServiceLimit limit);
+    // Ends the intraday request and forgets its state; later packets of it are dropped.
+    void CloseTick();
+    // One packet of the running request (the tick cache and the driver's reply paths call
+    // it): converts it to the owner's request and calls ReqTickCallback. Answers 1 when the
+    // packet is dropped or used up, else the low byte of the owner's answer.
+    int ReqTickCallbackHelper2(unsigned long handle, int count, int isNew, int type, void* data);
+
     // ---- Session rules ----
 
     CSessionInfo* sessionRulesAre();
@@ -149,7 +176,43 @@ public:
     uint32_t m_savedLastBarStart;
     RTINTRADAY_PRICEREC m_savedBar;
 
+protected:
+    // The second step of RequestTick: reduces the request to its plain form and hands it to
+    // the tick cache's front door.
+    bool RequestTick(LOCTICKDATA& request, int reqOptions, ServiceLimit limit);
+    // m_plainRequest becomes one-minute bars or plain ticks; m_bConvert says whether packets
+    // must be rebuilt into m_origRequest.
+    void modifyRequest();
+    // Seconds by which a delayed security runs behind the clock; worked out once.
+    void calcSecondsDelayed();
+
+    // ---- Conversions: each returns a buffer the caller frees (null for none) and puts the
+    // number of records in it into `count`. A null result with a count of 0 is no failure;
+    // an allocation failure sets m_lTickStatus to -1. ----
+
+    // A copy with EPOCH_1970 added to the first word of each record.
+    void* AdjustJulians(int count, void* records, int recordSize);
+    // Whether the time lies in a session; learns that session's edges (m_sessionEnd,
+    // m_lastBarStart). When not, `next` is the next bar in a session.
+    int FindEdges(unsigned long time, unsigned long& next);
+    // Live one-minute bars into the open bar of the owner's width, converted in place.
+    RTINTRADAY_PRICEREC* ConvertNewMinuteBars(int& count, RTINTRADAY_PRICEREC* bars);
+    // A history packet of one-minute bars into bars of the owner's width, oldest first.
+    RTINTRADAY_PRICEREC* ConvertMinuteBarsToOrigRequest(int& count, void* bars);
+    // Live ticks into TICKBARREC bars of the owner's number of ticks (pending while history
+    // still runs).
+    TICKBARREC* ConvertNewTicksToTickBars(int& count, TICKREC* ticks);
+    RTINTRADAY_PRICEREC* ConvertTicksToTickBars(int& count, TICKREC* ticks, int final, int& more);
+    RTINTRADAY_PRICEREC* ConvertHistTicksToTickBars(int& count, TICKREC* ticks, int& more);
+    int BuildXTickBars(RTINTRADAY_PRICEREC*& out, TICKREC*& tick, int& produced, int& index,
+                       int& total, unsigned long sessionEnd);
+    TICKREC* FilterTicksBetweenSessions(TICKREC* tick, TICKREC* source, int& index, int& total,
+                                        unsigned long time);
+    // Ticks outside every session dropped, live and history.
+    TICKREC* FilterNewTicks(int& count, TICKREC* ticks);
+    TICKREC* FilterTickDataToOrigRequest(int& count, TICKREC* ticks);
+
 private:
-    // Cancels the intraday request and resets its state.
-    void closeTickRequest();
+    // Whether the market is open now; sets `done` while it is closed (step 7 of a packet).
+    void testMarketOpen(int& done);
 };
