@@ -382,8 +382,7 @@ TEST_F(CliEndToEnd, TicksComeNewestFirstInExchangeTimeThenLive) {
 }
 
 // Every stamp is the last second of a 7-minute bar cut from the 9:30 open, or the close;
-// history comes newest first. Disabled until the calendar's general walk, which the
-// simulation's holiday rows bring in, lands on the session's bars.
+// history comes newest first. The simulation's holiday rows take the calendar's general walk.
 TEST_F(CliEndToEnd, BarsAreSessionAlignedAndNewestFirst) {
     const CliResult run = RunCli({"bars", "ACME", "--width", "7m", "--days", "2", "--format",
                                   "csv"}, Environment());

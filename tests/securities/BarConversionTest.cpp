@@ -163,9 +163,6 @@ struct SessionCase {
 class SessionShapes : public ::testing::TestWithParam<SessionCase> {};
 
 // Bars are cut from each session's own start and end with it; nothing spans a break.
-// The first minute of each session is left out of the data: the calendar's general walk
-// does not yet count it as in session. Disabled until that walk lands on the bars of a
-// second session and of a session that opens the evening before (the calendar's own work).
 TEST_P(SessionShapes, BarsAreCutPerSession) {
     const SessionCase& c = GetParam();
     IntradayOwner owner;

@@ -128,8 +128,7 @@ protected:
 
 TEST_P(BarProperty, HistoryPacketsMakeTheSameBarsAsAPlainAggregation) { Check(false); }
 
-// Holiday rows send the calendar to its general walk, which does not yet land on these
-// bars; enabled when it does (the calendar's own work).
+// Holiday rows send the calendar down its general walk.
 TEST_P(BarProperty, AcrossAHolidayAndAShortenedDay) { Check(true); }
 
 INSTANTIATE_TEST_SUITE_P(Widths, BarProperty, ::testing::Values(2, 5, 7, 30, 60));
