@@ -1,11 +1,12 @@
 // quote_watch: streams quotes for a few symbols and asks for their 7-minute bars.
 //
-//   quote_watch [--driver PATH] [--seconds N] SYMBOL...
+//   quote_watch [--driver PATH] [--seconds N] [--quotes-only] SYMBOL...
 //
 // Prints one line per completed quote batch ("quote ACME 101.25") and one per finished bar
 // history ("bars ACME 42, last 2024-06-11 13:55 close 101.50"), and ends when every symbol
-// has its quote (and its bars, when asked for) or after N seconds (default 10). Exit status
-// 0 when everything asked for arrived.
+// has its quote and its bars, or after N seconds (default 10). --quotes-only asks for no
+// bars, for a driver that serves no intraday history. Exit status 0 when everything asked
+// for arrived.
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
@@ -18,13 +19,36 @@
 
 namespace {
 
-// One symbol. The library calls the overridden notifications on the main loop's thread.
-class Watch : public RTSecurity {
+bool RequestBars(RTSecurity& security);
+
+// One symbol. RTSessSecurity asks for the symbol's session rules along with its quote:
+// bars are cut at the sessions' edges, so they are asked for once the rules are known. The
+// library calls the overridden notifications on the main loop's thread.
+class Watch : public RTSessSecurity {
 public:
+    explicit Watch(bool wantBars) : barsAsked(!wantBars), barsDone(!wantBars) {}
+
     bool hasQuote = false;
-    bool barsDone = false;
+    bool barsAsked;
+    bool barsDone;
     int bars = 0;
     RTINTRADAY_PRICEREC lastBar{};
+
+    // The session and holiday rules arrived (or changed): hand them to the bar walk.
+    void OnSessChanged() override {
+        if (!m_pSessionRec) return;
+        auto* session = new CSessionInfo(m_pSessionRec);
+        auto* holidays = new CHolidaysInfo(m_pHolidayRec);
+        setSessHolInfo(session, holidays, 0);
+        session->Free();  // the security holds its own references
+        holidays->Free();
+        if (!barsAsked) {
+            barsAsked = true;
+            if (!RequestBars(*this)) {
+                std::fprintf(stderr, "bars refused for %s\n", static_cast<const char*>(m_strSymbol));
+            }
+        }
+    }
 
     // A batch of quote fields is complete; the fields are in the object and in the cache.
     void OnSecChanged() override {
@@ -69,21 +93,16 @@ private:
     }
 };
 
-#ifdef WITH_BARS
 // Seven-minute bars (a negative weight counts minutes) from an open start, then live.
-bool RequestBars(Watch& watch) {
+bool RequestBars(RTSecurity& security) {
     bool allSessions[4] = {true, true, true, true};
-    return watch.RequestTick(0, 0, -7, 1, 2, 0, 0, 0, 0, 0xC6 /* every day */, allSessions,
-                             0, 0, 0, 0, 0);
+    return security.RequestTick(0, 0, -7, 1, 2, 0, 0, 0, 0, 0xC6 /* every day */, allSessions,
+                                0, 0, 0, 0, 0);
 }
-#endif
 
 bool Finished(const std::vector<std::unique_ptr<Watch>>& watches) {
     for (const auto& watch : watches) {
-        if (!watch->hasQuote) return false;
-#ifdef WITH_BARS
-        if (!watch->barsDone) return false;
-#endif
+        if (!watch->hasQuote || !watch->barsDone) return false;
     }
     return true;
 }
@@ -93,12 +112,15 @@ bool Finished(const std::vector<std::unique_ptr<Watch>>& watches) {
 int main(int argc, char** argv) {
     std::string driver;
     unsigned seconds = 10;
+    bool wantBars = true;
     std::vector<std::string> symbols;
     for (int i = 1; i < argc; ++i) {
         if (std::strcmp(argv[i], "--driver") == 0 && i + 1 < argc) {
             driver = argv[++i];
         } else if (std::strcmp(argv[i], "--seconds") == 0 && i + 1 < argc) {
             seconds = static_cast<unsigned>(std::strtoul(argv[++i], nullptr, 10));
+        } else if (std::strcmp(argv[i], "--quotes-only") == 0) {
+            wantBars = false;
         } else {
             symbols.emplace_back(argv[i]);
         }
@@ -126,11 +148,8 @@ int main(int argc, char** argv) {
 
     std::vector<std::unique_ptr<Watch>> watches;
     for (const std::string& symbol : symbols) {
-        auto watch = std::make_unique<Watch>();
+        auto watch = std::make_unique<Watch>(wantBars);
         watch->OpenSecurity(symbol.c_str(), RTSECTYPE_NOT_KNOWN, 1 /* streaming */, 0);
-#ifdef WITH_BARS
-        if (!RequestBars(*watch)) std::fprintf(stderr, "bars refused for %s\n", symbol.c_str());
-#endif
         watches.push_back(std::move(watch));
     }
 

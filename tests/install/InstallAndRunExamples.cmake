@@ -37,7 +37,7 @@ step("install" COMMAND ${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${prefix
 
 set(compilers -DCMAKE_CXX_COMPILER=${CXX} -DCMAKE_C_COMPILER=${CC})
 step("configure examples/app" COMMAND ${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples/app
-     -B ${WORK_DIR}/app ${compilers} -DCMAKE_PREFIX_PATH=${prefix} -DWITH_BARS=${WITH_BARS})
+     -B ${WORK_DIR}/app ${compilers} -DCMAKE_PREFIX_PATH=${prefix})
 step("build examples/app" COMMAND ${CMAKE_COMMAND} --build ${WORK_DIR}/app)
 step("configure examples/driver" COMMAND ${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples/driver
      -B ${WORK_DIR}/driver ${compilers} -DCMAKE_PREFIX_PATH=${prefix})
@@ -47,10 +47,7 @@ step("build examples/pkg-config" COMMAND ${env} make -s -C ${SOURCE_DIR}/example
 
 set(symbols ACME EURUSD)
 set(quotes "quote ACME [0-9]" "quote EURUSD [0-9]")
-set(bars "")
-if(WITH_BARS)
-  set(bars "bars ACME [1-9]" "bars EURUSD [1-9]")
-endif()
+set(bars "bars ACME [1-9]" "bars EURUSD [1-9]")
 
 # The CMake build, on the default driver: the installed simulation.
 step("quote_watch on the installed simulation" OUTPUT_VARIABLE out
@@ -59,7 +56,7 @@ expect_lines("quote_watch on the installed simulation" "${out}" ${quotes} ${bars
 
 # The pkg-config build, on the example driver.
 step("quote_watch on fixed_quotes" OUTPUT_VARIABLE out
-     COMMAND ${env} ${WORK_DIR}/quote_watch --seconds 20
+     COMMAND ${env} ${WORK_DIR}/quote_watch --seconds 20 --quotes-only
              --driver ${WORK_DIR}/driver/libfixed_quotes.so ${symbols})
 expect_lines("quote_watch on fixed_quotes" "${out}" ${quotes})
 
