@@ -50,6 +50,11 @@ void* ResizeView(int fd, void* view, size_t oldSize, size_t newSize);
 bool FlushView(void* view, size_t size);
 void UnmapView(void* view, size_t size);
 
+// How a view is about to be read, so that the kernel reads ahead (Sequential) or stops
+// doing so (Normal). Advice only: a view that refuses it reads the same, only slower.
+enum class AccessPattern { Sequential, Normal };
+void AdviseAccess(void* view, size_t size, AccessPattern pattern);
+
 // The absolute, canonical form of a path: realpath when the file exists; otherwise the
 // canonical directory joined with the name, or the lexically normal absolute path when
 // the directory does not exist either. Empty for an empty path.
