@@ -43,10 +43,12 @@ public:
 
 private:
     void scan();
+    void ageTickFile(SecData1& record);
 
     cache<SecData2> m_sec2;
     SecCacheMap m_map;
     bool m_opened = false;
+    size_t m_liveEntries = 0;  // entries made and not yet freed
 };
 
 }  // namespace RTSecCache
