@@ -59,8 +59,18 @@ check: layers test test-sanitize
 demo: build
 	./$(BUILD)/cli/qvnrt-cli demo
 
-bench: build
-	@for b in $(BUILD)/bench/*/bench_*; do [ -x "$$b" ] && "$$b"; done
+# The peers that bench/peers/ measures the library against; only `make bench` needs them.
+BENCH_PACKAGES := libabsl-dev libfmt-dev python3-pandas
+
+# Configured again so that peers installed since the last configure are found; ends with
+# the table of the library's rates over its peers'.
+bench:
+	@$(MAKE) --no-print-directory deps PACKAGES="$(PACKAGES) $(BENCH_PACKAGES)"
+	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQVNRT_BUILD_BENCH=ON >/dev/null
+	cmake --build $(BUILD) -j $(JOBS)
+	@table=$(BUILD)/bench/peer-ratios.tsv; rm -f $$table; \
+	for b in $(BUILD)/bench/*/bench_*; do [ -x "$$b" ] && QVNRT_PEER_TABLE=$$table "$$b"; done; \
+	/usr/bin/python3 bench/peers/peer_table.py $$table $(BUILD)
 
 # Its own build, without tests, for the prefix /usr and Debian's library directory.
 $(PACKAGE_BUILD)/CMakeCache.txt: | deps
