@@ -399,3 +399,40 @@ TEST_F(SecCacheTest, NameNeedsAnOpenRecordAndMayFillTheBuffer) {
 }
 
 }  // namespace
+
+namespace {
+
+// The start-up scan over a file written by hand: slots in use and free ones interleaved,
+// stale links in the free ones, and a key that runs to the end of its field.
+TEST_F(SecCacheTest, StartUpRebuildsTheFreeListInIndexOrderAndEndsEveryKey) {
+    const std::vector<std::string> slots = {"AAA", "", "BBBBBBBBBBBBBBBBBBBBBBBB", "", "", "CCC"};
+    std::vector<RTSecCache::SecData1> records(slots.size());
+    for (size_t i = 0; i < slots.size(); ++i) {
+        std::memset(&records[i], 0, sizeof(records[i]));
+        std::memcpy(records[i].symbol, slots[i].data(), std::min(slots[i].size(), size_t{20}));
+        records[i].tikSize = 99;  // a stale link in the free slots
+    }
+    RTSecCache::CacheFileHeader header = {};
+    header.signature = RTSecCache::kSec1Signature;
+    header.version = 1;
+    header.capacity = static_cast<int32_t>(slots.size());
+    {
+        std::ofstream out(session.cacheDir.file("Sec1.dat"), std::ios::binary);
+        out.write(reinterpret_cast<const char*>(&header), sizeof(header));
+        out.write(reinterpret_cast<const char*>(records.data()),
+                  static_cast<std::streamsize>(records.size() * sizeof(records[0])));
+    }
+    RTSecCache::SecCache cache;
+    ASSERT_TRUE(cache.ensureOpen());
+
+    EXPECT_EQ(3, cache.header()->freeCount);
+    EXPECT_EQ(1, cache.header()->freeHead);
+    EXPECT_EQ(3, cache.link(1));
+    EXPECT_EQ(4, cache.link(3));
+    EXPECT_EQ(3u, cache.map().size());
+    for (const char* symbol : {"AAA", "BBBBBBBBBBBBBBBBBBB", "CCC"}) {
+        EXPECT_TRUE(cache.map().find(symbol)) << symbol;
+    }
+}
+
+}  // namespace
