@@ -115,7 +115,7 @@ void SecCache::scan() {
                 continue;
             }
             Keep(record->symbol[kSymbolLength], '\0');  // a damaged key still ends in its field
-            hashes[inUse] = HashSymbol(record->symbol);
+            hashes[inUse] = HashRecordSymbol(*record);
             m_map.prefetch(hashes[inUse]);
             batch[inUse++] = record;
         }
@@ -133,9 +133,9 @@ void SecCache::scan() {
 
 // A .tik file older than the store keeps data goes, and the record forgets it.
 void SecCache::ageTickFile(SecData1& record) {
+    if (record.tikSize == 0) return;
     const StoreState& store = Store();
-    if (record.tikSize != 0 &&
-        static_cast<unsigned long>(store.now() - record.tikTime) > store.keepSeconds()) {
+    if (static_cast<unsigned long>(store.now() - record.tikTime) > store.keepSeconds()) {
         qvnrt::platform::DeleteFile(TickFilePath(record.symbol));
         record.tikSize = 0;
     }

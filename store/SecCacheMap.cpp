@@ -22,14 +22,41 @@ uint64_t Mix(uint64_t value) {
     return value;
 }
 
+uint64_t HashWords(const uint64_t (&words)[3]) {
+    return Mix(words[0] ^ Mix(words[1] ^ Mix(words[2] + 0x9e3779b97f4a7c15ULL)));
+}
+
 }  // namespace
 
+// Three words, zero past the text, hashed together: a few multiplications for the whole
+// symbol instead of one step a character.
 uint64_t HashSymbol(const char* symbol) {
-    // Three words, zero past the text, hashed together: a few multiplications for the
-    // whole symbol instead of one step a character.
     uint64_t words[3] = {0, 0, 0};
     std::memcpy(words, symbol, ::strnlen(symbol, kSymbolLength));
-    return Mix(words[0] ^ Mix(words[1] ^ Mix(words[2] + 0x9e3779b97f4a7c15ULL)));
+    return HashWords(words);
+}
+
+// The same words read straight from the field, without a call to find the text's end:
+// the field's 20 bytes are all readable, and the bytes from the first NUL on are masked off.
+uint64_t HashRecordSymbol(const SecData1& record) {
+    uint64_t words[3] = {0, 0, 0};
+    std::memcpy(words, record.symbol, sizeof(record.symbol));
+    constexpr uint64_t kLow = 0x0101010101010101ULL;
+    constexpr uint64_t kHigh = 0x8080808080808080ULL;
+    bool ended = false;
+    for (uint64_t& word : words) {
+        if (ended) {
+            word = 0;
+            continue;
+        }
+        // The lowest set high bit marks the first NUL byte (later marks may be false).
+        const uint64_t nuls = (word - kLow) & ~word & kHigh;
+        if (nuls == 0) continue;
+        const int kept = std::countr_zero(nuls) / 8;
+        word &= kept == 0 ? 0 : ~uint64_t{0} >> (64 - 8 * kept);
+        ended = true;
+    }
+    return HashWords(words);
 }
 
 SecCacheMap::~SecCacheMap() { clear(); }
@@ -73,7 +100,7 @@ void SecCacheMap::prefetch(uint64_t hash) const {
 }
 
 SecCacheMap::Node SecCacheMap::insert(SecData1* record) {
-    return insert(record, HashSymbol(record->symbol));
+    return insert(record, HashRecordSymbol(*record));
 }
 
 SecCacheMap::Node SecCacheMap::insert(SecData1* record, uint64_t hash) {

@@ -25,6 +25,8 @@ class SecCacheEntry;
 // The hash of a NUL-terminated symbol of at most 19 characters (longer ones are cut there,
 // as the record keeps them).
 uint64_t HashSymbol(const char* symbol);
+// HashSymbol of a record's symbol, which ends inside its field.
+uint64_t HashRecordSymbol(const SecData1& record);
 
 class SecCacheMap {
 public:
@@ -46,7 +48,7 @@ public:
     // The node of the record whose symbol is `symbol`; empty when there is none.
     Node find(const char* symbol);
     // Adds a node with a null entry for the record; the existing node when a record of that
-    // symbol is there already. `hash` is HashSymbol(record->symbol), for a caller that has
+    // symbol is there already. `hash` is HashRecordSymbol(*record), for a caller that has
     // it already.
     Node insert(SecData1* record);
     Node insert(SecData1* record, uint64_t hash);

@@ -49,6 +49,20 @@ TEST_P(SecCacheMapSizes, FindsEveryRecordByItsSymbolOnly) {
 
 INSTANTIATE_TEST_SUITE_P(Reserved, SecCacheMapSizes, testing::Values(0, 3000));
 
+// The scan hashes a record's field in place, a lookup hashes the text it is given: for every
+// length, with anything after the NUL, both must meet.
+TEST(SecCacheMap, ARecordsFieldAndItsTextHashAlike) {
+    const std::string letters = "ABCDEFGHIJKLMNOPQRS";
+    for (size_t length = 0; length <= letters.size(); ++length) {
+        SecData1 record;
+        std::memset(record.symbol, 0x5a, sizeof(record.symbol));  // stale bytes after the NUL
+        std::memcpy(record.symbol, letters.data(), length);
+        record.symbol[length] = '\0';
+        EXPECT_EQ(HashSymbol(letters.substr(0, length).c_str()), HashRecordSymbol(record))
+            << length;
+    }
+}
+
 TEST(SecCacheMap, ASecondRecordOfOneSymbolGetsTheFirstOnesNode) {
     std::vector<SecData1> records = Records({"IBM", "IBM"});
     SecCacheMap map;
