@@ -65,6 +65,19 @@ int OpenLockedFile(const std::string& path, MapAccess access) {
     return fd;
 }
 
+int LockDirectory(const std::string& path, bool& heldElsewhere) {
+    heldElsewhere = false;
+    if (path.empty()) return kNoFile;
+    const int fd = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) return kNoFile;
+    if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        heldElsewhere = errno == EWOULDBLOCK;
+        ::close(fd);
+        return kNoFile;
+    }
+    return fd;
+}
+
 void CloseFile(int fd) {
     if (fd != kNoFile) ::close(fd);
 }

@@ -28,6 +28,11 @@ inline constexpr int kNoFile = -1;
 // (mode 0666 before umask) and takes LOCK_EX; the other accesses need an existing file and
 // take LOCK_SH. kNoFile on any failure, a lock held elsewhere included.
 int OpenLockedFile(const std::string& path, MapAccess access);
+// Takes an exclusive lock on a directory without waiting, held until CloseFile on the
+// result. kNoFile when it cannot be had; `heldElsewhere` then says whether that is because
+// another open of the directory holds it (otherwise the directory cannot be opened).
+int LockDirectory(const std::string& path, bool& heldElsewhere);
+
 // Closes the descriptor, which releases its lock. kNoFile is ignored.
 void CloseFile(int fd);
 // The file's length in bytes; 0 when it cannot be read.

@@ -4,6 +4,7 @@
 #include <cstring>
 #include <iostream>
 #include <string>
+#include <utility>
 
 #include "platform/Directories.h"
 #include "platform/MappedFiles.h"
@@ -45,6 +46,11 @@ SecCache::~SecCache() {
         });
     }
     m_map.clear();
+    // Both files closed, Sec2.dat first, before the directory is free for another process:
+    // one that took the directory while this one still held a file would attach to it.
+    m_sec2.closeCleanly();
+    closeCleanly();
+    qvnrt::platform::CloseFile(m_directoryLock);
 }
 
 bool SecCache::ensureOpen() {
@@ -55,12 +61,25 @@ bool SecCache::ensureOpen() {
     store.refreshClock();
     const std::string directory = store.directory().str();
     qvnrt::platform::MakeDirectory(directory);
+    // One process a cache directory. A second one would attach to the first's files and
+    // restamp their headers under it; it runs with its cache off instead. (A directory that
+    // cannot be opened at all is reported below, when its files cannot be mapped.)
+    bool heldElsewhere = false;
+    m_directoryLock = qvnrt::platform::LockDirectory(directory, heldElsewhere);
+    if (heldElsewhere) {
+        std::clog << "\n !!! Cache : " << directory
+                  << " is in use by another process: the cache is off for this session"
+                  << std::endl;
+        store.disable();
+        return false;
+    }
     open((directory + "/Sec1.dat").c_str());
     m_sec2.open((directory + "/Sec2.dat").c_str());
     if (!isOpen() || !m_sec2.view()) {
         // The start-up scan needs both views; without them the cache is off for the session.
         std::clog << "\n !!! Cache : disabled for this session: the files in " << directory
                   << " cannot be mapped" << std::endl;
+        qvnrt::platform::CloseFile(std::exchange(m_directoryLock, -1));
         store.disable();
         return false;
     }

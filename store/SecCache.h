@@ -19,8 +19,8 @@ public:
     ~SecCache() override;
 
     // Opens the files in the store's directory at the first call; true while they are open.
-    // When either cannot be mapped, the cache turns itself off for the session and says so
-    // once on std::clog.
+    // When either cannot be mapped, or another process has the directory, the cache turns
+    // itself off for the session and says so once on std::clog.
     bool ensureOpen();
     bool isOpen() const { return view() != nullptr; }
 
@@ -49,6 +49,7 @@ private:
     SecCacheMap m_map;
     bool m_opened = false;
     size_t m_liveEntries = 0;  // entries made and not yet freed
+    int m_directoryLock = -1;  // held while the files are open; -1 when not taken
 };
 
 }  // namespace RTSecCache

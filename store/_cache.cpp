@@ -11,7 +11,9 @@ namespace RTSecCache {
 _cache::_cache(uint32_t signature, unsigned growthStep, unsigned recordSize)
     : m_signature(signature), m_growthStep(growthStep), m_recordSize(recordSize) {}
 
-_cache::~_cache() {
+_cache::~_cache() { closeCleanly(); }
+
+void _cache::closeCleanly() {
     // Kept: a decrement, not a reset, so a process that attached to another's file leaves
     // the count one lower for the holder too.
     if (m_view) {

@@ -43,6 +43,9 @@ public:
     _cache(uint32_t signature, unsigned growthStep, unsigned recordSize);
     // Decrements the lock count when a view exists, then closes.
     ~_cache() override;
+    // What destruction does, for an owner that must know the file closed before it goes on;
+    // destruction afterwards does nothing more.
+    void closeCleanly();
 
     // Opens read-write and checks the header: a foreign, wrong-version or short file
     // restarts empty without a word. A non-zero lock count is reported on std::clog, and

@@ -436,3 +436,43 @@ TEST_F(SecCacheTest, StartUpRebuildsTheFreeListInIndexOrderAndEndsEveryKey) {
 }
 
 }  // namespace
+
+namespace {
+
+// A second process on the directory of a running one: it says so and runs without a cache,
+// and the first one's records are as it left them.
+TEST_F(SecCacheTest, ASecondProcessOnTheDirectoryRunsWithItsCacheOff) {
+    int toParent[2], toChild[2];
+    ASSERT_EQ(0, ::pipe(toParent));
+    ASSERT_EQ(0, ::pipe(toChild));
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        RTSecurity holder;
+        holder.OpenSecurity("HELD", static_cast<RTSecurityType>(1), 1, 0);
+        session.fake.fireSecurityText(holder.m_request, 2, "the holder's");
+        session.fake.fireSecurityEnd(holder.m_request);
+        char go = 0;
+        const bool synced = ::write(toParent[1], "r", 1) == 1 && ::read(toChild[0], &go, 1) == 1;
+        const char* name = holder.GetSecString(2, nullptr);
+        std::_Exit(synced && name && std::strcmp(name, "the holder's") == 0 ? 0 : 3);
+    }
+    char ready = 0;
+    ASSERT_EQ(1, ::read(toParent[0], &ready, 1));
+    std::ostringstream log;
+    auto* saved = std::clog.rdbuf(log.rdbuf());
+    RTSec_Base second;
+    const bool opened = second.OpenRTSec("OTHER");
+    std::clog.rdbuf(saved);
+    ASSERT_EQ(1, ::write(toChild[1], "g", 1));
+    int status = 0;
+    ASSERT_EQ(child, ::waitpid(child, &status, 0));
+
+    EXPECT_FALSE(opened);
+    EXPECT_FALSE(RTServer::IsCacheEnabled());
+    EXPECT_NE(std::string::npos, log.str().find("in use by another process"));
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    EXPECT_EQ(-1, SlotOf(ReadFile(CacheFile("Sec1.dat")), "OTHER"));
+}
+
+}  // namespace
