@@ -9,6 +9,7 @@
 #include "platform/Directories.h"
 #include "platform/MappedFiles.h"
 #include "store/SecCacheEntry.h"
+#include "store/SecFieldTable.h"
 #include "store/StoreState.h"
 #include "store/TickFilePath.h"
 
@@ -75,6 +76,7 @@ bool SecCache::ensureOpen() {
     }
     open((directory + "/Sec1.dat").c_str());
     m_sec2.open((directory + "/Sec2.dat").c_str());
+    m_sec2Claimed.assign(m_sec2.header() ? static_cast<size_t>(std::max(m_sec2.header()->capacity, 0)) : 0, 0);
     if (!isOpen() || !m_sec2.view()) {
         // The start-up scan needs both views; without them the cache is off for the session.
         std::clog << "\n !!! Cache : disabled for this session: the files in " << directory
@@ -118,6 +120,7 @@ void SecCache::scan() {
     uint64_t hashes[kBatch];
     int32_t previousFree = -1;
     int32_t freeSlots = 0;
+    int32_t dropped = 0;  // records whose Sec2 index was outside the file or another's
     for (int32_t first = 0; first < capacity; first += kBatch) {
         const int32_t end = std::min(capacity, first + kBatch);
         int32_t inUse = 0;
@@ -134,6 +137,10 @@ void SecCache::scan() {
                 continue;
             }
             Keep(record->symbol[kSymbolLength], '\0');  // a damaged key still ends in its field
+            if (record->secData2Index != -1 && !claimSec2(record->secData2Index)) {
+                dropSec2(*record);
+                ++dropped;
+            }
             hashes[inUse] = HashRecordSymbol(*record);
             m_map.prefetch(hashes[inUse]);
             batch[inUse++] = record;
@@ -147,7 +154,19 @@ void SecCache::scan() {
     // not the map's nodes, keeps a damaged file with two records of one symbol from sending
     // allocation past the end of the chain.)
     Keep(head.freeCount, freeSlots);
+    if (dropped > 0) {
+        std::clog << "\n !!! Cache : " << m_sec2.fullPath() << ": " << dropped
+                  << " symbols held no record of their own there; their fields from it are dropped"
+                  << std::endl;
+    }
     platform::AdviseAccess(view(), mappedSize(), platform::AccessPattern::Normal);
+}
+
+// A record whose Sec2 index is not its own forgets it, and with it the fields kept there:
+// they read as never received until the service sends them again.
+void SecCache::dropSec2(SecData1& record) {
+    record.secData2Index = -1;
+    record.presence &= ~Sec2FieldBits();
 }
 
 // A .tik file older than the store keeps data goes, and the record forgets it.
@@ -171,23 +190,50 @@ SecCacheMap::Node SecCache::nodeOf(const char* symbol) {
     return m_map.insert(record);
 }
 
-SecData2* SecCache::secData2(int32_t& index) {
-    auto* sec2Header = m_sec2.header();
-    if (!sec2Header) return nullptr;
-    // An index outside the file (Sec2.dat lost or restarted) is as good as none.
-    if (index < 0 || index >= sec2Header->capacity) {
-        SecData2* record = m_sec2.allocate();
+bool SecCache::claimSec2(int32_t index) {
+    const CacheFileHeader* sec2Header = m_sec2.header();
+    if (!sec2Header || index < 0 || index >= sec2Header->capacity) return false;
+    const auto at = static_cast<size_t>(index);
+    if (m_sec2Claimed.size() <= at) m_sec2Claimed.resize(static_cast<size_t>(sec2Header->capacity));
+    if (m_sec2Claimed[at]) return false;
+    m_sec2Claimed[at] = 1;
+    return true;
+}
+
+SecData2* SecCache::existingSecData2(int32_t index) const {
+    const CacheFileHeader* sec2Header = m_sec2.header();
+    if (!sec2Header || index < 0 || index >= sec2Header->capacity) return nullptr;
+    return static_cast<SecData2*>(m_sec2.slot(index));
+}
+
+SecData2* SecCache::allocateSec2(int32_t& index) {
+    for (;;) {
+        auto* record = static_cast<SecData2*>(m_sec2.allocate());
         if (!record) return nullptr;
+        const auto taken = static_cast<int32_t>((reinterpret_cast<unsigned char*>(record) -
+                                                 static_cast<unsigned char*>(m_sec2.view()) -
+                                                 kHeaderSize) /
+                                                sizeof(SecData2));
+        if (!claimSec2(taken)) {
+            // A free list that hands out a record another symbol holds is damaged: drop it,
+            // as a damaged link is dropped, and let the file grow instead.
+            m_sec2.header()->freeCount = 0;
+            continue;
+        }
+        // Zero, the link of a slot taken from the free list included, so that no read ever
+        // sees the link as field 48.
+        std::memset(record, 0, sizeof(*record));
         record->first = -1;
-        record->field41[0] = '\0';
-        record->field42[0] = '\0';
-        index = static_cast<int32_t>((reinterpret_cast<unsigned char*>(record) -
-                                      static_cast<unsigned char*>(m_sec2.view()) -
-                                      kHeaderSize) /
-                                     sizeof(SecData2));
+        index = taken;
         return record;
     }
-    return static_cast<SecData2*>(m_sec2.slot(index));
+}
+
+SecData2* SecCache::secData2(int32_t& index) {
+    // The scan has checked every index read from Sec1.dat; one outside the file now (the
+    // file could not grow) is as good as none.
+    if (SecData2* record = existingSecData2(index)) return record;
+    return allocateSec2(index);
 }
 
 void SecCache::rebase(void* newBase, void* oldBase) {
