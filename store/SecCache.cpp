@@ -31,6 +31,17 @@ void MakeRecord(SecData1& record, const char* symbol) {
 // The symbol as the record keeps it: at most 19 characters.
 std::string KeyOf(const char* symbol) { return std::string(symbol).substr(0, kSymbolLength); }
 
+// A record file restarted at open drops every record it held: said once, with where the
+// old bytes are kept.
+void ReportRestart(const _cache& file) {
+    if (file.restartReason().empty()) return;
+    std::clog << "\n !!! Cache : " << file.fullPath() << " was damaged ("
+              << file.restartReason() << "): its records are dropped; "
+              << (file.keptAside().empty() ? "the old file could not be kept"
+                                           : "the old file is kept as " + file.keptAside())
+              << std::endl;
+}
+
 }  // namespace
 
 SecCache::SecCache()
@@ -85,6 +96,8 @@ bool SecCache::ensureOpen() {
         store.disable();
         return false;
     }
+    ReportRestart(*this);
+    ReportRestart(m_sec2);
     scan();
     return true;
 }

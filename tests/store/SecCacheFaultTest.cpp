@@ -1,6 +1,7 @@
 // Damaged cache files, written by hand: every loss bounded and reported, and no symbol ever
 // shown another symbol's data.
 #include <cstring>
+#include <filesystem>
 #include <fstream>
 #include <functional>
 #include <sstream>
@@ -23,9 +24,11 @@ constexpr int kField41 = 41;  // a text kept in Sec2.dat
 constexpr int kName = 2;      // a text kept in Sec1.dat, 32 bytes wide
 
 struct Files {
+    CacheFileHeader sec1Header = {};
     std::vector<SecData1> sec1;
-    std::vector<SecData2> sec2;
     CacheFileHeader sec2Header = {};
+    std::vector<SecData2> sec2;
+    size_t sec1Cut = 0;  // bytes cut from the end of Sec1.dat
 };
 
 SecData1 Record(const char* symbol, int32_t sec2Index) {
@@ -51,6 +54,9 @@ Files Healthy() {
     Files files;
     files.sec1 = {Record("AAA", 0), Record("BBB", 1)};
     files.sec2 = {Extended("of AAA", 0), Extended("of BBB", 0)};
+    files.sec1Header.signature = kSec1Signature;
+    files.sec1Header.version = 1;
+    files.sec1Header.capacity = 2;
     files.sec2Header.signature = kSec2Signature;
     files.sec2Header.version = 1;
     files.sec2Header.capacity = 2;
@@ -77,11 +83,12 @@ class SecCacheFiles : public testing::Test {
 protected:
     // Writes the files and opens the cache on them, keeping what it says on std::clog.
     void OpenOn(const Files& files) {
-        CacheFileHeader sec1Header = {};
-        sec1Header.signature = kSec1Signature;
-        sec1Header.version = 1;
-        sec1Header.capacity = static_cast<int32_t>(files.sec1.size());
-        Write(dir.file("Sec1.dat"), sec1Header, files.sec1);
+        Write(dir.file("Sec1.dat"), files.sec1Header, files.sec1);
+        if (files.sec1Cut) {
+            std::filesystem::resize_file(dir.file("Sec1.dat"),
+                                         std::filesystem::file_size(dir.file("Sec1.dat")) - files.sec1Cut);
+        }
+        written = ReadBytes(dir.file("Sec1.dat"));
         Write(dir.file("Sec2.dat"), files.sec2Header, files.sec2);
         RTServer::InitCache(true, dir.path().c_str(), 5, 0);
         auto* saved = std::clog.rdbuf(log.rdbuf());
@@ -102,8 +109,14 @@ protected:
         Store().secCache().release(entry);
     }
 
+    static std::string ReadBytes(const std::string& path) {
+        std::ifstream in(path, std::ios::binary);
+        return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+    }
+
     qvnrt::test::TempDir dir;
     std::ostringstream log;
+    std::string written;  // Sec1.dat as written, before the cache opened it
 };
 
 class SecCacheFaults : public SecCacheFiles, public testing::WithParamInterface<Fault> {};
@@ -134,6 +147,44 @@ INSTANTIATE_TEST_SUITE_P(
         Fault{"Sec2Lost", [](Files& f) { f.sec2.clear(), f.sec2Header = {}; }, nullptr, nullptr,
               true}),
     [](const testing::TestParamInfo<Fault>& info) { return std::string(info.param.name); });
+
+// Damage to Sec1.dat's header: a file the cache cannot trust restarts empty, as ever, but
+// says so and keeps the old bytes beside it; damage the start-up repairs costs nothing.
+struct HeaderFault {
+    const char* name;
+    std::function<void(Files&)> damage;
+    bool restarts;
+};
+
+class Sec1HeaderFaults : public SecCacheFiles, public testing::WithParamInterface<HeaderFault> {};
+
+TEST_P(Sec1HeaderFaults, ARestartKeepsTheOldFileAndSaysSo) {
+    Files files = Healthy();
+    GetParam().damage(files);
+    OpenOn(files);
+    const std::string aside = dir.file("Sec1.dat.damaged");
+    if (GetParam().restarts) {
+        EXPECT_NE(std::string::npos, log.str().find(aside)) << log.str();
+        EXPECT_EQ(written, ReadBytes(aside));
+        EXPECT_EQ(0u, Store().secCache().map().size());
+    } else {
+        EXPECT_EQ("", log.str());
+        EXPECT_FALSE(std::filesystem::exists(aside));
+        ExpectField41("AAA", "of AAA");
+        ExpectField41("BBB", "of BBB");
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, Sec1HeaderFaults,
+    testing::Values(
+        HeaderFault{"Signature", [](Files& f) { f.sec1Header.signature ^= 0x100; }, true},
+        HeaderFault{"Version", [](Files& f) { f.sec1Header.version ^= 2; }, true},
+        HeaderFault{"CapacityPastTheEnd", [](Files& f) { f.sec1Header.capacity ^= 4; }, true},
+        HeaderFault{"OneByteShort", [](Files& f) { f.sec1Cut = 1; }, true},
+        HeaderFault{"FreeCount", [](Files& f) { f.sec1Header.freeCount ^= 64; }, false},
+        HeaderFault{"FreeHead", [](Files& f) { f.sec1Header.freeHead ^= 1 << 30; }, false}),
+    [](const testing::TestParamInfo<HeaderFault>& info) { return std::string(info.param.name); });
 
 // A free list whose head names a record that a symbol holds: a new symbol's record is made
 // elsewhere, and the holder's text stays its own.
