@@ -1,6 +1,7 @@
 // The security cache: write-through of every field, reads, offline replay, sharing,
 // persistence and growth.
 #include <sys/wait.h>
+#include <csignal>
 #include <unistd.h>
 
 #include <cstring>
@@ -473,6 +474,43 @@ TEST_F(SecCacheTest, ASecondProcessOnTheDirectoryRunsWithItsCacheOff) {
     EXPECT_NE(std::string::npos, log.str().find("in use by another process"));
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
     EXPECT_EQ(-1, SlotOf(ReadFile(CacheFile("Sec1.dat")), "OTHER"));
+}
+
+}  // namespace
+
+namespace {
+
+// The holder killed outright: the next process takes the directory at once, reports the
+// unclean file, and finds what the holder had stored.
+TEST_F(SecCacheTest, AKilledHoldersDirectoryIsTakenWithItsData) {
+    int ready[2];
+    ASSERT_EQ(0, ::pipe(ready));
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        RTSecurity holder;
+        holder.OpenSecurity("KILLED", static_cast<RTSecurityType>(1), 1, 0);
+        session.fake.fireSecurityText(holder.m_request, 2, "stored before the kill");
+        session.fake.fireSecurityEnd(holder.m_request);
+        if (::write(ready[1], "r", 1) != 1) std::_Exit(3);
+        for (;;) ::pause();
+    }
+    char byte = 0;
+    ASSERT_EQ(1, ::read(ready[0], &byte, 1));
+    ASSERT_EQ(0, ::kill(child, SIGKILL));
+    int status = 0;
+    ASSERT_EQ(child, ::waitpid(child, &status, 0));
+
+    std::ostringstream log;
+    auto* saved = std::clog.rdbuf(log.rdbuf());
+    RTServer::Disconnect();
+    RecordingSecurity reader;
+    char fields[] = {2, 0};
+    reader.ReqSecurity("KILLED", fields, static_cast<RTSecurityType>(1), 1, 0);
+    std::clog.rdbuf(saved);
+    EXPECT_TRUE(RTServer::IsCacheEnabled());
+    EXPECT_STREQ("stored before the kill", reader.m_strName);
+    EXPECT_NE(std::string::npos, log.str().find("Lock count 1"));
 }
 
 }  // namespace
