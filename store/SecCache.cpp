@@ -87,7 +87,8 @@ bool SecCache::ensureOpen() {
     }
     open((directory + "/Sec1.dat").c_str());
     m_sec2.open((directory + "/Sec2.dat").c_str());
-    m_sec2Claimed.assign(m_sec2.header() ? static_cast<size_t>(std::max(m_sec2.header()->capacity, 0)) : 0, 0);
+    const CacheFileHeader* sec2Header = m_sec2.header();
+    m_sec2Claimed.assign(sec2Header ? static_cast<size_t>(std::max(sec2Header->capacity, 0)) : 0, 0);
     if (!isOpen() || !m_sec2.view()) {
         // The start-up scan needs both views; without them the cache is off for the session.
         std::clog << "\n !!! Cache : disabled for this session: the files in " << directory
