@@ -71,15 +71,6 @@ TEST(SecCacheMap, ASecondRecordOfOneSymbolGetsTheFirstOnesNode) {
     EXPECT_EQ(1u, map.size());
 }
 
-TEST(SecCacheMap, NineteenCharactersAreTheWholeKey) {
-    const std::string longest = "ABCDEFGHIJKLMNOPQRS";  // 19, as a record keeps it
-    std::vector<SecData1> records = Records({longest});
-    SecCacheMap map;
-    map.insert(&records[0]);
-    EXPECT_TRUE(map.find(longest.c_str()));
-    EXPECT_FALSE(map.find((longest + "T").c_str()));
-}
-
 TEST(SecCacheMap, RebaseMovesEveryKeyAndEveryEntrysRecord) {
     const std::vector<std::string> symbols = Symbols(100);
     std::vector<SecData1> before = Records(symbols);
