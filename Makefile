@@ -78,15 +78,18 @@ demo: deps $(BUILD)/CMakeCache.txt
 	cmake --build $(BUILD) -j $(JOBS) --target qvnrt qvnsim qvnrt-cli
 	./$(BUILD)/cli/qvnrt-cli demo
 
-# Only the benchmarks need pandas (bench/compare_pandas.py).
-BENCH_PACKAGES := python3-pandas
+# The peers that bench/peers/ measures the library against; only `make bench` needs them.
+BENCH_PACKAGES := libabsl-dev libfmt-dev python3-pandas
 
-bench: build
-	@dpkg-query -W -f='$${Status}' $(BENCH_PACKAGES) 2>/dev/null | grep -q 'install ok installed' || { \
-	  sudo=""; [ "$$(id -u)" -eq 0 ] || sudo=sudo; \
-	  DEBIAN_FRONTEND=noninteractive $$sudo apt-get install -y -qq --no-install-recommends $(BENCH_PACKAGES); }
-	@for b in $(BUILD)/bench/*/bench_*; do [ -x "$$b" ] && "$$b"; done
-	/usr/bin/python3 bench/compare_pandas.py $(BUILD)/bench/securities/bench_conversion
+# Configured again so that peers installed since the last configure are found; ends with
+# the table of the library's rates over its peers'.
+bench:
+	@$(MAKE) --no-print-directory deps PACKAGES="$(PACKAGES) $(BENCH_PACKAGES)"
+	cmake -S . -B $(BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo -DQVNRT_BUILD_BENCH=ON >/dev/null
+	cmake --build $(BUILD) -j $(JOBS)
+	@table=$(BUILD)/bench/peer-ratios.tsv; rm -f $$table; \
+	for b in $(BUILD)/bench/*/bench_*; do [ -x "$$b" ] && QVNRT_PEER_TABLE=$$table "$$b"; done; \
+	/usr/bin/python3 bench/peers/peer_table.py $$table $(BUILD)
 
 # Its own build, without tests, for the prefix /usr and Debian's library directory.
 $(PACKAGE_BUILD)/CMakeCache.txt: | deps

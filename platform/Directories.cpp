@@ -2,6 +2,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <filesystem>
 #include <cstdlib>
 #include <dlfcn.h>
 #include <sys/stat.h>
@@ -105,5 +106,12 @@ bool FileSize(const std::string& path, unsigned long long& size) {
 }
 
 bool DeleteFile(const std::string& path) { return !path.empty() && ::unlink(path.c_str()) == 0; }
+
+bool CopyFileReplacing(const std::string& from, const std::string& to) {
+    std::error_code error;
+    return std::filesystem::copy_file(from, to, std::filesystem::copy_options::overwrite_existing,
+                                      error) &&
+           !error;
+}
 
 }  // namespace qvnrt::platform

@@ -37,5 +37,7 @@ bool FileExists(const std::string& path);
 // Size in bytes; false when there is no such file.
 bool FileSize(const std::string& path, unsigned long long& size);
 bool DeleteFile(const std::string& path);
+// Copies a regular file, replacing `to` when it exists. False when the copy failed.
+bool CopyFileReplacing(const std::string& from, const std::string& to);
 
 }  // namespace qvnrt::platform

@@ -65,6 +65,19 @@ int OpenLockedFile(const std::string& path, MapAccess access) {
     return fd;
 }
 
+int LockDirectory(const std::string& path, bool& heldElsewhere) {
+    heldElsewhere = false;
+    if (path.empty()) return kNoFile;
+    const int fd = ::open(path.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (fd < 0) return kNoFile;
+    if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
+        heldElsewhere = errno == EWOULDBLOCK;
+        ::close(fd);
+        return kNoFile;
+    }
+    return fd;
+}
+
 void CloseFile(int fd) {
     if (fd != kNoFile) ::close(fd);
 }
@@ -127,6 +140,22 @@ bool FlushView(void* view, size_t size) {
 
 void UnmapView(void* view, size_t size) {
     if (view) ::munmap(view, size);
+}
+
+void AdviseAccess(void* view, size_t size, AccessPattern pattern) {
+    if (!view || size == 0) return;
+    if (pattern == AccessPattern::Normal) {
+        ::madvise(view, size, MADV_NORMAL);
+        return;
+    }
+    // Read ahead aggressively, and start reading now for pages not yet in memory. Then map
+    // every page in one call where the kernel can (Linux 5.14 on): far cheaper than a page
+    // fault for each few pages as the pass reaches them.
+    ::madvise(view, size, MADV_SEQUENTIAL);
+    ::madvise(view, size, MADV_WILLNEED);
+#ifdef MADV_POPULATE_READ
+    ::madvise(view, size, MADV_POPULATE_READ);
+#endif
 }
 
 std::string FullPathName(const std::string& path) {

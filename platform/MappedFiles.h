@@ -28,6 +28,11 @@ inline constexpr int kNoFile = -1;
 // (mode 0666 before umask) and takes LOCK_EX; the other accesses need an existing file and
 // take LOCK_SH. kNoFile on any failure, a lock held elsewhere included.
 int OpenLockedFile(const std::string& path, MapAccess access);
+// Takes an exclusive lock on a directory without waiting, held until CloseFile on the
+// result. kNoFile when it cannot be had; `heldElsewhere` then says whether that is because
+// another open of the directory holds it (otherwise the directory cannot be opened).
+int LockDirectory(const std::string& path, bool& heldElsewhere);
+
 // Closes the descriptor, which releases its lock. kNoFile is ignored.
 void CloseFile(int fd);
 // The file's length in bytes; 0 when it cannot be read.
@@ -49,6 +54,11 @@ void* ResizeView(int fd, void* view, size_t oldSize, size_t newSize);
 // Writes the view's dirty pages to the file and waits for them (msync MS_SYNC).
 bool FlushView(void* view, size_t size);
 void UnmapView(void* view, size_t size);
+
+// How a view is about to be read, so that the kernel reads ahead (Sequential) or stops
+// doing so (Normal). Advice only: a view that refuses it reads the same, only slower.
+enum class AccessPattern { Sequential, Normal };
+void AdviseAccess(void* view, size_t size, AccessPattern pattern);
 
 // The absolute, canonical form of a path: realpath when the file exists; otherwise the
 // canonical directory joined with the name, or the lexically normal absolute path when

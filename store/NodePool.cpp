@@ -33,10 +33,11 @@ void* NodePool::take(size_t nodeSize) {
         m_nodeSize = (std::max(nodeSize, sizeof(int32_t)) + alignment - 1) / alignment * alignment;
     }
     if (nodeSize > m_nodeSize) throw std::bad_alloc();
-    for (int slot = 0; slot < kBlockSlots; ++slot) {
+    for (int slot = m_firstWithFree; slot < kBlockSlots; ++slot) {
         Block& block = m_blocks[slot];
         if (!block.nodes && !makeBlock(slot)) throw std::bad_alloc();
         if (block.freeCount == 0) continue;
+        m_firstWithFree = slot;
         const int32_t index = block.freeHead;
         block.freeHead = linkOf(block, index);
         --block.freeCount;
@@ -56,6 +57,7 @@ void NodePool::give(void* node) {
         linkOf(block, index) = block.freeHead;
         block.freeHead = index;
         ++block.freeCount;
+        m_firstWithFree = std::min(m_firstWithFree, slot);
         releaseTrailingFreeBlocks();
         return;
     }
@@ -69,6 +71,14 @@ void NodePool::releaseTrailingFreeBlocks() {
         std::free(block.nodes);
         block = Block();
     }
+}
+
+void NodePool::releaseAll() {
+    for (Block& block : m_blocks) {
+        std::free(block.nodes);
+        block = Block();
+    }
+    m_firstWithFree = 0;
 }
 
 int NodePool::blocksInUse() const {

@@ -58,8 +58,9 @@ unsigned char* SecCacheEntry::placeOf(int field, bool allocate) {
         case FieldRecord::Sec1:
             return reinterpret_cast<unsigned char*>(m_record) + slot.offset;
         case FieldRecord::Sec2: {
-            if (!allocate && m_record->secData2Index == -1) return nullptr;
-            SecData2* extended = secData2();
+            // A read never makes a record: a field without one reads as never received.
+            SecData2* extended = allocate ? secData2()
+                                          : Store().secCache().existingSecData2(m_record->secData2Index);
             return extended ? reinterpret_cast<unsigned char*>(extended) + slot.offset : nullptr;
         }
         default:
@@ -101,7 +102,15 @@ float SecCacheEntry::getSecFloat(int field, long* error) {
 
 const char* SecCacheEntry::getSecString(int field, long* error) {
     if (!Store().enabled()) return nullptr;
-    return reinterpret_cast<const char*>(readable(field, {FieldRead::String}, error));
+    const unsigned char* place = readable(field, {FieldRead::String}, error);
+    if (!place) return nullptr;
+    // A text damaged in the file may fill its field without a terminator; it is cut at the
+    // field's last byte, so that no reader runs on into the next field or past the mapping.
+    // Written only when missing: a clean record's page stays clean.
+    char* text = reinterpret_cast<char*>(const_cast<unsigned char*>(place));
+    const uint8_t width = FieldSlotOf(field).capacity;
+    if (width > 0 && text[width - 1] != '\0') text[width - 1] = '\0';
+    return text;
 }
 
 bool SecCacheEntry::storeSecField(unsigned long, int code, int field, int, void* data) {

@@ -86,4 +86,15 @@ const FieldSlot& FieldSlotOf(int field) {
     return (field >= 0 && field < kFieldCount) ? kTable[static_cast<size_t>(field)] : kNoSlot;
 }
 
+uint64_t Sec2FieldBits() {
+    static const uint64_t bits = [] {
+        uint64_t mask = 0;
+        for (int field = 0; field < kFieldCount; ++field) {
+            if (FieldSlotOf(field).record == FieldRecord::Sec2) mask |= uint64_t{1} << field;
+        }
+        return mask;
+    }();
+    return bits;
+}
+
 }  // namespace RTSecCache

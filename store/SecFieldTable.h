@@ -22,4 +22,7 @@ struct FieldSlot {
 // 29 and 30 have no storage.
 const FieldSlot& FieldSlotOf(int field);
 
+// The presence bits of the fields kept in a SecData2 record.
+uint64_t Sec2FieldBits();
+
 }  // namespace RTSecCache

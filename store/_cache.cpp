@@ -6,12 +6,16 @@
 #include <iostream>
 #include <string>
 
+#include "platform/Directories.h"
+
 namespace RTSecCache {
 
 _cache::_cache(uint32_t signature, unsigned growthStep, unsigned recordSize)
     : m_signature(signature), m_growthStep(growthStep), m_recordSize(recordSize) {}
 
-_cache::~_cache() {
+_cache::~_cache() { closeCleanly(); }
+
+void _cache::closeCleanly() {
     // Kept: a decrement, not a reset, so a process that attached to another's file leaves
     // the count one lower for the holder too.
     if (m_view) {
@@ -26,6 +30,8 @@ bool _cache::open(const char* path) {
         std::clog << "\n !!! Cache : Can't open " << (path ? path : "");
         return false;
     }
+    m_restartReason.clear();
+    m_keptAside.clear();
     CacheFileHeader* h = header();
     // fileSize() is 0 in a process that attached without a file handle, so such a process
     // always restamps the shared header. Kept: that is the documented outcome of two
@@ -35,6 +41,11 @@ bool _cache::open(const char* path) {
     const bool accepted = h->signature == m_signature && h->version == kVersion &&
                           h->capacity >= 0 && fileSize() >= needed;
     if (!accepted) {
+        if (hasFileHandle()) {
+            keepDamagedCopy(path, h->signature != m_signature ? "not a file of this cache"
+                                  : h->version != kVersion   ? "unknown version"
+                                                             : "shorter than its header says");
+        }
         // Silent restart. The free head stays as it is and the old records stay behind as
         // dead bytes; the file is not shortened.
         h->signature = m_signature;
@@ -49,6 +60,18 @@ bool _cache::open(const char* path) {
     h->lockCount = 1;  // kept: set, not incremented, so it never reads 2
     flush();
     return true;
+}
+
+void _cache::keepDamagedCopy(const char* path, const char* reason) {
+    // A file just made is one page of zeros: nothing to keep, nothing damaged.
+    const CacheFileHeader* h = header();
+    const bool blank = h->signature == 0 && h->version == 0 && h->capacity == 0 &&
+                       h->freeCount == 0 && h->freeHead == 0 && fileSize() <= kHeaderSize;
+    if (blank) return;
+    m_restartReason = reason;
+    flush();  // the copy reads the file, not the view
+    const std::string copy = std::string(path) + ".damaged";
+    if (qvnrt::platform::CopyFileReplacing(path, copy)) m_keptAside = copy;
 }
 
 void* _cache::allocate() {

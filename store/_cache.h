@@ -8,6 +8,7 @@
 #include <bit>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 
 #include "store/filemapping.h"
 
@@ -43,6 +44,9 @@ public:
     _cache(uint32_t signature, unsigned growthStep, unsigned recordSize);
     // Decrements the lock count when a view exists, then closes.
     ~_cache() override;
+    // What destruction does, for an owner that must know the file closed before it goes on;
+    // destruction afterwards does nothing more.
+    void closeCleanly();
 
     // Opens read-write and checks the header: a foreign, wrong-version or short file
     // restarts empty without a word. A non-zero lock count is reported on std::clog, and
@@ -60,6 +64,13 @@ public:
     int32_t link(int32_t index) const;
     void setLink(int32_t index, int32_t next);
 
+    // After an open that found the file damaged (foreign, wrong version, shorter than its
+    // header says) and restarted it: why, and the copy of the old file kept beside it
+    // (path + ".damaged", the latest one only; empty when it could not be copied). Both
+    // empty after a clean open, or a new file.
+    const std::string& restartReason() const { return m_restartReason; }
+    const std::string& keptAside() const { return m_keptAside; }
+
     uint32_t signature() const { return m_signature; }
     unsigned growthStep() const { return m_growthStep; }
     unsigned recordSize() const { return m_recordSize; }
@@ -76,6 +87,11 @@ private:
 
     // Added by the port: a failed growth is said once, not at every allocation after it.
     bool m_growthFailureReported = false;
+    // Added by the port: the damaged file's bytes are copied aside before the restart, so
+    // that what the restart drops can still be looked at or recovered.
+    void keepDamagedCopy(const char* path, const char* reason);
+    std::string m_restartReason;
+    std::string m_keptAside;
 };
 
 }  // namespace RTSecCache

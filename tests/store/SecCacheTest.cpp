@@ -1,6 +1,7 @@
 // The security cache: write-through of every field, reads, offline replay, sharing,
 // persistence and growth.
 #include <sys/wait.h>
+#include <csignal>
 #include <unistd.h>
 
 #include <cstring>
@@ -396,6 +397,120 @@ TEST_F(SecCacheTest, NameNeedsAnOpenRecordAndMayFillTheBuffer) {
     EXPECT_EQ(-2, error);
     EXPECT_EQ(4, security.GetSecCurrDesc(buffer, 4, &error));  // still the object's name
     EXPECT_EQ(0, error);
+}
+
+}  // namespace
+
+namespace {
+
+// The start-up scan over a file written by hand: slots in use and free ones interleaved,
+// stale links in the free ones, and a key that runs to the end of its field.
+TEST_F(SecCacheTest, StartUpRebuildsTheFreeListInIndexOrderAndEndsEveryKey) {
+    const std::vector<std::string> slots = {"AAA", "", "BBBBBBBBBBBBBBBBBBBBBBBB", "", "", "CCC"};
+    std::vector<RTSecCache::SecData1> records(slots.size());
+    for (size_t i = 0; i < slots.size(); ++i) {
+        std::memset(&records[i], 0, sizeof(records[i]));
+        std::memcpy(records[i].symbol, slots[i].data(), std::min(slots[i].size(), size_t{20}));
+        records[i].tikSize = 99;  // a stale link in the free slots
+    }
+    RTSecCache::CacheFileHeader header = {};
+    header.signature = RTSecCache::kSec1Signature;
+    header.version = 1;
+    header.capacity = static_cast<int32_t>(slots.size());
+    {
+        std::ofstream out(session.cacheDir.file("Sec1.dat"), std::ios::binary);
+        out.write(reinterpret_cast<const char*>(&header), sizeof(header));
+        out.write(reinterpret_cast<const char*>(records.data()),
+                  static_cast<std::streamsize>(records.size() * sizeof(records[0])));
+    }
+    RTSecCache::SecCache cache;
+    ASSERT_TRUE(cache.ensureOpen());
+
+    EXPECT_EQ(3, cache.header()->freeCount);
+    EXPECT_EQ(1, cache.header()->freeHead);
+    EXPECT_EQ(3, cache.link(1));
+    EXPECT_EQ(4, cache.link(3));
+    EXPECT_EQ(3u, cache.map().size());
+    for (const char* symbol : {"AAA", "BBBBBBBBBBBBBBBBBBB", "CCC"}) {
+        EXPECT_TRUE(cache.map().find(symbol)) << symbol;
+    }
+}
+
+}  // namespace
+
+namespace {
+
+// A second process on the directory of a running one: it says so and runs without a cache,
+// and the first one's records are as it left them.
+TEST_F(SecCacheTest, ASecondProcessOnTheDirectoryRunsWithItsCacheOff) {
+    int toParent[2], toChild[2];
+    ASSERT_EQ(0, ::pipe(toParent));
+    ASSERT_EQ(0, ::pipe(toChild));
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        RTSecurity holder;
+        holder.OpenSecurity("HELD", static_cast<RTSecurityType>(1), 1, 0);
+        session.fake.fireSecurityText(holder.m_request, 2, "the holder's");
+        session.fake.fireSecurityEnd(holder.m_request);
+        char go = 0;
+        const bool synced = ::write(toParent[1], "r", 1) == 1 && ::read(toChild[0], &go, 1) == 1;
+        const char* name = holder.GetSecString(2, nullptr);
+        std::_Exit(synced && name && std::strcmp(name, "the holder's") == 0 ? 0 : 3);
+    }
+    char ready = 0;
+    ASSERT_EQ(1, ::read(toParent[0], &ready, 1));
+    std::ostringstream log;
+    auto* saved = std::clog.rdbuf(log.rdbuf());
+    RTSec_Base second;
+    const bool opened = second.OpenRTSec("OTHER");
+    std::clog.rdbuf(saved);
+    ASSERT_EQ(1, ::write(toChild[1], "g", 1));
+    int status = 0;
+    ASSERT_EQ(child, ::waitpid(child, &status, 0));
+
+    EXPECT_FALSE(opened);
+    EXPECT_FALSE(RTServer::IsCacheEnabled());
+    EXPECT_NE(std::string::npos, log.str().find("in use by another process"));
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    EXPECT_EQ(-1, SlotOf(ReadFile(CacheFile("Sec1.dat")), "OTHER"));
+}
+
+}  // namespace
+
+namespace {
+
+// The holder killed outright: the next process takes the directory at once, reports the
+// unclean file, and finds what the holder had stored.
+TEST_F(SecCacheTest, AKilledHoldersDirectoryIsTakenWithItsData) {
+    int ready[2];
+    ASSERT_EQ(0, ::pipe(ready));
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        RTSecurity holder;
+        holder.OpenSecurity("KILLED", static_cast<RTSecurityType>(1), 1, 0);
+        session.fake.fireSecurityText(holder.m_request, 2, "stored before the kill");
+        session.fake.fireSecurityEnd(holder.m_request);
+        if (::write(ready[1], "r", 1) != 1) std::_Exit(3);
+        for (;;) ::pause();
+    }
+    char byte = 0;
+    ASSERT_EQ(1, ::read(ready[0], &byte, 1));
+    ASSERT_EQ(0, ::kill(child, SIGKILL));
+    int status = 0;
+    ASSERT_EQ(child, ::waitpid(child, &status, 0));
+
+    std::ostringstream log;
+    auto* saved = std::clog.rdbuf(log.rdbuf());
+    RTServer::Disconnect();
+    RecordingSecurity reader;
+    char fields[] = {2, 0};
+    reader.ReqSecurity("KILLED", fields, static_cast<RTSecurityType>(1), 1, 0);
+    std::clog.rdbuf(saved);
+    EXPECT_TRUE(RTServer::IsCacheEnabled());
+    EXPECT_STREQ("stored before the kill", reader.m_strName);
+    EXPECT_NE(std::string::npos, log.str().find("Lock count 1"));
 }
 
 }  // namespace
