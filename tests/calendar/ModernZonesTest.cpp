@@ -11,7 +11,14 @@
 
 #include <gtest/gtest.h>
 
+#include "calendar/CalendarTestSupport.h"
 #include "calendar/ModernZones.h"
+
+using qvnrt::test::Fields;
+using qvnrt::test::FieldsOf;
+using qvnrt::test::Local;
+using qvnrt::test::LocalOf;
+using qvnrt::test::ToString;
 
 namespace {
 
@@ -37,34 +44,20 @@ class ModernZoneRow : public ::testing::TestWithParam<int> {
 // Years that the row cannot state are passed over, by their local and their GMT year, since
 // conversions take a year's rules by either.
 bool Agrees(time_t t, uint8_t zone, std::string& why) {
-    auto offsetAt = [](time_t when) {
-        tm fields{};
-        ::localtime_r(&when, &fields);
-        return fields.tm_gmtoff;
-    };
-    tm want{}, gmt{};
-    ::localtime_r(&t, &want);
-    ::gmtime_r(&t, &gmt);
-    if (Unstatable(zone, want.tm_year + 1900) || Unstatable(zone, gmt.tm_year + 1900)) {
+    const Local want = LocalOf(t);
+    if (Unstatable(zone, static_cast<int>(want.fields.year)) ||
+        Unstatable(zone, static_cast<int>(qvnrt::test::GmtFieldsOf(t).year))) {
         return true;
     }
     const Date date(static_cast<uint32_t>(t) + EPOCH_1970);
-    uint32_t month, day, year, hour, minute, second;
-    date.getMDYHMS(month, day, year, hour, minute, second, zone);
-    const bool fieldsAgree = int(year) == want.tm_year + 1900 && int(month) == want.tm_mon + 1 &&
-                             int(day) == want.tm_mday && int(hour) == want.tm_hour &&
-                             int(minute) == want.tm_min && int(second) == want.tm_sec;
+    const Fields got = FieldsOf(date, zone);
     const bool unambiguous =
-        offsetAt(t - 3600) == want.tm_gmtoff && offsetAt(t + 3600) == want.tm_gmtoff;
-    const uint32_t made = date.makeValue(want.tm_mon + 1, want.tm_mday, want.tm_year + 1900,
-                                         want.tm_hour, want.tm_min, want.tm_sec, zone);
-    if (fieldsAgree && (!unambiguous || made == date.m_value)) return true;
-    why = std::to_string(t) + ": " + std::to_string(year) + "-" + std::to_string(month) + "-" +
-          std::to_string(day) + " " + std::to_string(hour) + ":" + std::to_string(minute) +
-          ", tz database " + std::to_string(want.tm_year + 1900) + "-" +
-          std::to_string(want.tm_mon + 1) + "-" + std::to_string(want.tm_mday) + " " +
-          std::to_string(want.tm_hour) + ":" + std::to_string(want.tm_min) + "; made back " +
-          std::to_string(static_cast<int64_t>(made) - date.m_value) + " s off";
+        LocalOf(t - 3600).offset == want.offset && LocalOf(t + 3600).offset == want.offset;
+    const Fields& f = want.fields;
+    const uint32_t made = date.makeValue(f.month, f.day, f.year, f.hour, f.minute, f.second, zone);
+    if (got == f && (!unambiguous || made == date.m_value)) return true;
+    why = std::to_string(t) + ": " + ToString(got) + ", tz database " + ToString(f) +
+          "; made back " + std::to_string(static_cast<int64_t>(made) - date.m_value) + " s off";
     return false;
 }
 
@@ -82,22 +75,11 @@ TEST_P(ModernZoneRow, AgreesWithTheTzDatabase) {
     auto check = [&](time_t t) {
         if (!Agrees(t, zone, why) && ++failures <= 5) ADD_FAILURE() << region << " at " << why;
     };
-    long previousOffset = 0;
     for (time_t t = first; t <= last && failures < 5; t += 3600) {
-        tm fields{};
-        ::localtime_r(&t, &fields);
-        if (t != first && fields.tm_gmtoff != previousOffset) {
-            // The first second of the new offset, then two minutes either side of it.
-            time_t low = t - 3600, high = t;
-            while (high - low > 1) {
-                const time_t middle = low + (high - low) / 2;
-                tm at{};
-                ::localtime_r(&middle, &at);
-                (at.tm_gmtoff == fields.tm_gmtoff ? high : low) = middle;
-            }
-            for (time_t second = high - 120; second <= high + 120; ++second) check(second);
+        if (t != first && LocalOf(t).offset != LocalOf(t - 3600).offset) {
+            const time_t change = qvnrt::test::OffsetChangeIn(t - 3600, t);
+            for (time_t second = change - 120; second <= change + 120; ++second) check(second);
         }
-        previousOffset = fields.tm_gmtoff;
         check(t);
     }
     EXPECT_EQ(0, failures);

@@ -16,23 +16,11 @@
 using qvnrt::test::Fields;
 using qvnrt::test::FieldsOf;
 using qvnrt::test::GmtValue;
+using qvnrt::test::Local;
+using qvnrt::test::LocalOf;
 using qvnrt::test::ScopedEnv;
 
 namespace {
-
-struct Local {
-    Fields fields;
-    long offset;  // seconds east of GMT
-};
-
-Local LocalOf(time_t t) {
-    struct tm parts;
-    ::localtime_r(&t, &parts);
-    return {{static_cast<uint32_t>(parts.tm_year + 1900), static_cast<uint32_t>(parts.tm_mon + 1),
-             static_cast<uint32_t>(parts.tm_mday), static_cast<uint32_t>(parts.tm_hour),
-             static_cast<uint32_t>(parts.tm_min), static_cast<uint32_t>(parts.tm_sec)},
-            parts.tm_gmtoff};
-}
 
 time_t TimeOf(uint32_t value) {
     return static_cast<time_t>(value) - static_cast<time_t>(EPOCH_1970);
@@ -48,11 +36,7 @@ std::vector<time_t> InstantsOf(int year) {
     for (time_t t = start + 1234; t < end; t += 86400 + 3607) instants.push_back(t);
     for (time_t t = start; t + 3600 < end; t += 3600) {
         if (LocalOf(t).offset == LocalOf(t + 3600).offset) continue;
-        time_t low = t, high = t + 3600;  // the change lies in (low, high]
-        while (high - low > 1) {
-            const time_t mid = low + (high - low) / 2;
-            (LocalOf(mid).offset == LocalOf(t).offset ? low : high) = mid;
-        }
+        const time_t high = qvnrt::test::OffsetChangeIn(t, t + 3600);
         for (time_t d = -26 * 3600; d <= 26 * 3600; d += 600) {
             if (high + d >= start && high + d < end) instants.push_back(high + d);
         }
