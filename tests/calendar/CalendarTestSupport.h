@@ -1,5 +1,5 @@
-// Helpers shared by the calendar tests: instants built with the C library (so that expected
-// values never come from the code under test); ScopedEnv comes from the shared support.
+// Helpers shared by the calendar tests: instants built and read with the C library (so that
+// expected values never come from the code under test); ScopedEnv comes from the shared support.
 #pragma once
 
 #include <cstdint>
@@ -35,6 +35,40 @@ inline Fields FieldsOf(const Date& date, uint8_t zone) {
     Fields f{};
     date.getMDYHMS(f.month, f.day, f.year, f.hour, f.minute, f.second, zone);
     return f;
+}
+
+inline Fields FieldsOfTm(const struct tm& parts) {
+    return {static_cast<uint32_t>(parts.tm_year + 1900), static_cast<uint32_t>(parts.tm_mon + 1),
+            static_cast<uint32_t>(parts.tm_mday),        static_cast<uint32_t>(parts.tm_hour),
+            static_cast<uint32_t>(parts.tm_min),         static_cast<uint32_t>(parts.tm_sec)};
+}
+
+inline Fields GmtFieldsOf(time_t t) {
+    struct tm parts;
+    ::gmtime_r(&t, &parts);
+    return FieldsOfTm(parts);
+}
+
+// The C library's wall clock at an instant under the current TZ, and its offset east of GMT.
+struct Local {
+    Fields fields;
+    long offset;
+};
+
+inline Local LocalOf(time_t t) {
+    struct tm parts;
+    ::localtime_r(&t, &parts);
+    return {FieldsOfTm(parts), parts.tm_gmtoff};
+}
+
+// The first second of a new offset in (low, high], where the offsets at low and high differ.
+inline time_t OffsetChangeIn(time_t low, time_t high) {
+    const long before = LocalOf(low).offset;
+    while (high - low > 1) {
+        const time_t middle = low + (high - low) / 2;
+        (LocalOf(middle).offset == before ? low : high) = middle;
+    }
+    return high;
 }
 
 inline std::string ToString(const Fields& f) {

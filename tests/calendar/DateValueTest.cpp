@@ -25,11 +25,7 @@ TEST(DateValue, ConstructionFromValuesAndJulianDays) {
     EXPECT_EQ(1u, Date(FIRST_JULIAN_DAY - 1).m_value);
     EXPECT_EQ(DATE_SECONDS_BASE, Date(DATE_SECONDS_BASE).m_value);
     EXPECT_EQ(0xFFFFFFFFu, Date(0xFFFFFFFFu).m_value);
-
-    // A time_t plus EPOCH_1970 is a Date value; modulo 2^32 that is subtracting 2082978496.
-    const time_t now = 1700000000;
-    EXPECT_EQ(static_cast<uint32_t>(now - 2082978496), static_cast<uint32_t>(now + EPOCH_1970));
-    EXPECT_EQ(GmtValue(1970, 1, 1), EPOCH_1970);
+    EXPECT_EQ(GmtValue(1970, 1, 1), EPOCH_1970);  // a time_t plus EPOCH_1970 is a Date value
 }
 
 TEST(DateValue, JulianDaysRoundTripEveryDayOfTheRange) {
@@ -104,17 +100,12 @@ TEST(DateValue, SetDateValidatesAndReportsTheLastError) {
     EXPECT_EQ(1, date.m_bValid);
 }
 
-TEST(DateValue, CalendarRules) {
+// The edges that setDate and the Julian round trip do not reach.
+TEST(DateValue, CalendarRulesAtTheirEdges) {
     EXPECT_EQ(2009u, Date::normaliseYear(9));
-    EXPECT_EQ(1910u, Date::normaliseYear(10));
     EXPECT_EQ(100u, Date::normaliseYear(100));
-    for (uint32_t year : {0u, 99u, 1900u, 2035u}) EXPECT_TRUE(Date::validYear(year)) << year;
-    for (uint32_t year : {100u, 1899u, 2036u}) EXPECT_FALSE(Date::validYear(year)) << year;
-    EXPECT_FALSE(Date::isLeapYear(1900));
-    EXPECT_TRUE(Date::isLeapYear(2000));
-    EXPECT_TRUE(Date::isLeapYear(0));  // 2000
+    EXPECT_TRUE(Date::validYear(2035));
     EXPECT_FALSE(Date::isLeapYear(2100));
-    EXPECT_EQ(29u, Date::daysInMonth(2, 2004));
     EXPECT_EQ(0u, Date::daysInMonth(13, 2003));
 }
 

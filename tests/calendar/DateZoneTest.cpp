@@ -16,13 +16,7 @@ using qvnrt::test::ScopedEnv;
 namespace {
 
 Fields GmtFields(uint32_t value) {
-    const time_t t = static_cast<time_t>(value) - static_cast<time_t>(EPOCH_1970);
-    struct tm parts;
-    ::gmtime_r(&t, &parts);
-    return Fields{
-        static_cast<uint32_t>(parts.tm_year + 1900), static_cast<uint32_t>(parts.tm_mon + 1),
-        static_cast<uint32_t>(parts.tm_mday),        static_cast<uint32_t>(parts.tm_hour),
-        static_cast<uint32_t>(parts.tm_min),         static_cast<uint32_t>(parts.tm_sec)};
+    return qvnrt::test::GmtFieldsOf(static_cast<time_t>(value) - static_cast<time_t>(EPOCH_1970));
 }
 
 // Hours between GMT and the zone's wall clock at that instant.

@@ -4,9 +4,11 @@
 #pragma once
 
 #include <algorithm>
+#include <chrono>
 #include <cstdint>
 #include <cstring>
 #include <initializer_list>
+#include <ranges>
 #include <string>
 #include <utility>
 #include <vector>
@@ -90,28 +92,20 @@ struct Walker {
     }
 };
 
-// Civil days from 1970-01-01 (H. Hinnant's algorithms), for the reference only.
+// Civil days from 1970-01-01, from the standard library's calendar, for the reference only.
 inline long DaysFromCivil(int y, int m, int d) {
-    y -= m <= 2;
-    const long era = (y >= 0 ? y : y - 399) / 400;
-    const long yoe = y - era * 400;
-    const long doy = (153 * (m + (m > 2 ? -3 : 9)) + 2) / 5 + d - 1;
-    return era * 146097 + yoe * 365 + yoe / 4 - yoe / 100 + doy - 719468;
+    return std::chrono::sys_days{std::chrono::year{y} / m / d}.time_since_epoch().count();
 }
 inline void CivilFromDays(long z, int& y, int& m, int& d) {
-    z += 719468;
-    const long era = (z >= 0 ? z : z - 146096) / 146097;
-    const long doe = z - era * 146097;
-    const long yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
-    const long doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
-    const long mp = (5 * doy + 2) / 153;
-    d = static_cast<int>(doy - (153 * mp + 2) / 5 + 1);
-    m = static_cast<int>(mp < 10 ? mp + 3 : mp - 9);
-    y = static_cast<int>(yoe + era * 400 + (m <= 2));
+    const std::chrono::year_month_day date{std::chrono::sys_days{std::chrono::days{z}}};
+    y = static_cast<int>(date.year());
+    m = static_cast<int>(static_cast<unsigned>(date.month()));
+    d = static_cast<int>(static_cast<unsigned>(date.day()));
 }
 // 1 for Monday to 7 for Sunday.
 inline int WeekdayOfCivil(long z) {
-    return static_cast<int>(((z % 7) + 7 + 3) % 7) + 1;
+    return static_cast<int>(
+        std::chrono::weekday{std::chrono::sys_days{std::chrono::days{z}}}.iso_encoding());
 }
 
 struct HolidayRow {
@@ -201,16 +195,8 @@ public:
     }
     // The index of the first bar that starts at or after the value.
     long firstAtOrAfter(uint32_t value) const {
-        long low = 0, high = size();
-        while (low < high) {
-            const long mid = (low + high) / 2;
-            if (at(mid) < value) {
-                low = mid + 1;
-            } else {
-                high = mid;
-            }
-        }
-        return low;
+        return *std::ranges::partition_point(std::views::iota(0L, size()),
+                                             [&](long j) { return at(j) < value; });
     }
     const std::vector<Day>& days() const { return m_days; }
 

@@ -137,16 +137,12 @@ TEST(FractionSearch, NothingFoundKeepsThePreviousNumerator) {
 }
 
 TEST(FractionSearch, ConstructionDefaultsAndFromASecurity) {
+    // The default style and rounding show in ToString's tests; the layout and reduction not.
     const CDoubleToFractRep plain;
-    EXPECT_EQ(plain.m_displayType, DISP_DEC3);
-    EXPECT_EQ(plain.m_fractionFormat, 0);
-    EXPECT_EQ(plain.m_rounding, 0);
+    EXPECT_EQ(plain.m_fractionFormat, FRACTFORMAT_LONG);
     EXPECT_FALSE(plain.WillFractionReduce());
-    EXPECT_EQ(plain.m_looseness[2], 0.007525);
-    EXPECT_EQ(plain.m_numeralRep.szWhole[0], '\0');
 
     CFractionDisplayOptions& options = *CDoubleToFractRep::GetPtrToDefault();
-    EXPECT_EQ(&options, &CDoubleToFractRep::s_default);
     options.SetDisplayStyle(6, DISP_32NDS_QTR_A);
     options.SetFractFormat(FRACTFORMAT_SHORT);
     options.SetFractRounding(ROUNDING_TRUNCATE);

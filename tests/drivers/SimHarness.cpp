@@ -1,6 +1,10 @@
 #include "SimHarness.h"
 
+#include <unistd.h>
+
+#include <algorithm>
 #include <cstdio>
+#include <iterator>
 
 namespace qvnsim::test {
 
@@ -8,16 +12,16 @@ namespace {
 
 Recorder* g_current = nullptr;
 
-const char* const kSettingVariables[] = {
-    "QVNSIM_CONFIG",       "QVNSIM_SEED",        "QVNSIM_SPEED_MS", "QVNSIM_STEP_SECONDS",
-    "QVNSIM_START",        "QVNSIM_UNIVERSE",    "QVNSIM_CONNECT",  "QVNSIM_LIVE_MINUTES",
-    "QVNSIM_SERVER_LIMIT", "QVNSIM_TIME_EVENTS", "QVNSIM_CHANGES",  "QVNSIM_EVENTS"};
-
-template <typename Value>
-std::vector<uint8_t> BytesOf(const Value& value) {
-    std::vector<uint8_t> bytes(sizeof value);
-    std::memcpy(bytes.data(), &value, sizeof value);
-    return bytes;
+// Every QVNSIM_ variable of the environment, so that a new setting needs no list here.
+void ClearSettingVariables() {
+    std::vector<std::string> names;
+    for (char** entry = environ; *entry != nullptr; ++entry) {
+        const std::string variable = *entry;
+        if (variable.rfind("QVNSIM_", 0) == 0) {
+            names.push_back(variable.substr(0, variable.find('=')));
+        }
+    }
+    for (const std::string& name : names) unsetenv(name.c_str());
 }
 
 std::vector<uint8_t> BytesOf(const void* data, size_t size) {
@@ -25,25 +29,12 @@ std::vector<uint8_t> BytesOf(const void* data, size_t size) {
     return std::vector<uint8_t>(begin, begin + size);
 }
 
+template <typename Value>
+std::vector<uint8_t> BytesOf(const Value& value) {
+    return BytesOf(&value, sizeof value);
+}
+
 }  // namespace
-
-int32_t Call::Int() const {
-    int32_t v = 0;
-    if (bytes.size() >= sizeof v) std::memcpy(&v, bytes.data(), sizeof v);
-    return v;
-}
-
-float Call::Float() const {
-    float v = 0;
-    if (bytes.size() >= sizeof v) std::memcpy(&v, bytes.data(), sizeof v);
-    return v;
-}
-
-double Call::Double() const {
-    double v = 0;
-    if (bytes.size() >= sizeof v) std::memcpy(&v, bytes.data(), sizeof v);
-    return v;
-}
 
 std::string Call::Describe() const {
     std::string out;
@@ -53,17 +44,13 @@ std::string Call::Describe() const {
                   flags, hasData, articleId, source, time);
     out += head;
     out += text;
-    out += '|';
-    for (const uint8_t b : bytes) {
-        char hex[3];
-        std::snprintf(hex, sizeof hex, "%02x", b);
-        out += hex;
-    }
-    out += '|';
-    for (const uint8_t b : extra) {
-        char hex[3];
-        std::snprintf(hex, sizeof hex, "%02x", b);
-        out += hex;
+    for (const std::vector<uint8_t>* part : {&bytes, &extra}) {
+        out += '|';
+        for (const uint8_t b : *part) {
+            char hex[3];
+            std::snprintf(hex, sizeof hex, "%02x", b);
+            out += hex;
+        }
     }
     return out;
 }
@@ -86,17 +73,15 @@ void Recorder::Record(Call call) {
 
 std::vector<Call> Recorder::Of(CallKind kind) const {
     std::vector<Call> out;
-    for (const Call& call : calls) {
-        if (call.kind == kind) out.push_back(call);
-    }
+    std::copy_if(calls.begin(), calls.end(), std::back_inserter(out),
+                 [kind](const Call& call) { return call.kind == kind; });
     return out;
 }
 
 std::vector<Call> Recorder::ForRequest(CallKind kind, unsigned long request) const {
     std::vector<Call> out;
-    for (const Call& call : calls) {
-        if (call.kind == kind && call.request == request) out.push_back(call);
-    }
+    std::copy_if(calls.begin(), calls.end(), std::back_inserter(out),
+                 [&](const Call& call) { return call.kind == kind && call.request == request; });
     return out;
 }
 
@@ -236,7 +221,7 @@ int Recorder::Story(unsigned long request, int status, unsigned long articleID, 
 }
 
 SimDriver::SimDriver(const std::string& settings) {
-    for (const char* name : kSettingVariables) unsetenv(name);
+    ClearSettingVariables();
     m_handle = dlopen(QVNSIM_PATH, RTLD_NOW | RTLD_LOCAL);
     if (m_handle == nullptr) throw std::runtime_error(dlerror());
     open = Bind<clientOpenServer_t>("clientOpenServer");

@@ -42,9 +42,16 @@ struct Call {
     int source = 0;
     long time = 0;
 
-    int32_t Int() const;
-    float Float() const;
-    double Double() const;
+    // The leading bytes as one number, 0 when too few came.
+    template <typename Number>
+    Number As() const {
+        Number v{};
+        if (bytes.size() >= sizeof v) std::memcpy(&v, bytes.data(), sizeof v);
+        return v;
+    }
+    int32_t Int() const { return As<int32_t>(); }
+    float Float() const { return As<float>(); }
+    double Double() const { return As<double>(); }
     template <typename Record>
     std::vector<Record> Records() const {
         std::vector<Record> out(bytes.size() / sizeof(Record));

@@ -112,7 +112,8 @@ TEST(SimIntraday, MinuteHistoryIsNewestFirstThenTheEndCallThenLiveOldestFirst) {
     }
 }
 
-TEST(SimIntraday, TickHistoryAndLiveTicksAreTickRecords) {
+// A request with an end gets that span's history and no live data, even when it asks for it.
+TEST(SimIntraday, TickHistoryAndLiveTicksAreTickRecordsAndABoundedRequestEnds) {
     SimDriver sim;
     sim.Connect();
     const int64_t asked = sim.now();
@@ -121,7 +122,11 @@ TEST(SimIntraday, TickHistoryAndLiveTicksAreTickRecords) {
     request.weight = 1;
     request.live = 1;
     const unsigned long handle = sim.Ticks("EURUSD", request);
-    sim.Dispatch(20);
+    const int64_t end = asked - 600;
+    request.end = DateOf(end);
+    request.start = DateOf(end - 3600);
+    const unsigned long bounded = sim.Ticks("GBPUSD", request);
+    sim.Dispatch(30);
 
     const TickStream stream = Split(sim.recorder.ForRequest(CallKind::kTick, handle));
     ASSERT_EQ(stream.endCalls, 1);
@@ -147,24 +152,12 @@ TEST(SimIntraday, TickHistoryAndLiveTicksAreTickRecords) {
             lastLive = tick.time;
         }
     }
-}
 
-TEST(SimIntraday, ABoundedRequestEndsWithoutLiveData) {
-    SimDriver sim;
-    sim.Connect();
-    const int64_t end = sim.now() - 600;
-    TICKDATA request{};
-    request.start = DateOf(end - 3600);
-    request.end = DateOf(end);
-    request.weight = 1;
-    request.live = 1;
-    const unsigned long handle = sim.Ticks("GBPUSD", request);
-    sim.Dispatch(30);
-
-    const TickStream stream = Split(sim.recorder.ForRequest(CallKind::kTick, handle));
-    EXPECT_EQ(stream.endCalls, 1);
-    EXPECT_TRUE(stream.live.empty());
-    for (const Call& packet : stream.history) {
+    const TickStream span = Split(sim.recorder.ForRequest(CallKind::kTick, bounded));
+    EXPECT_EQ(span.endCalls, 1);
+    EXPECT_TRUE(span.live.empty());
+    EXPECT_FALSE(span.history.empty());
+    for (const Call& packet : span.history) {
         for (const Tick& tick : TicksOf(packet)) {
             EXPECT_GE(tick.time, end - 3600);
             EXPECT_LE(tick.time, end);

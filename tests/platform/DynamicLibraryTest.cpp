@@ -20,37 +20,27 @@ std::string IdentityOf(void* library) {
     return identity ? identity() : std::string("<no entry>");
 }
 
-TEST(DynamicLibrary, BareNameIsFoundInTheHostDirectoryFirst) {
-    ::setenv("QVNRT_APP_DIR", QVNPLUGIN_HOST_DIR, 1);
-    void* library = LoadLibrary(kPluginName);
-    ASSERT_NE(nullptr, library) << LastLoadError();
-    EXPECT_EQ("host", IdentityOf(library));
-    FreeLibrary(library);
-}
-
-TEST(DynamicLibrary, BareNameFallsBackOnTheLoadersSearch) {
-    test::TempDir emptyHost;
-    ::setenv("QVNRT_APP_DIR", emptyHost.path().c_str(), 1);
-    void* library = LoadLibrary(kPluginName);
-    ASSERT_NE(nullptr, library) << LastLoadError();
-    EXPECT_EQ("search", IdentityOf(library));
-    FreeLibrary(library);
-
-    // A host file that is no library does not hide the one the search finds.
-    emptyHost.write(kPluginName, "not an ELF file");
-    library = LoadLibrary(kPluginName);
-    ASSERT_NE(nullptr, library) << LastLoadError();
-    EXPECT_EQ("search", IdentityOf(library));
-    FreeLibrary(library);
-}
-
-TEST(DynamicLibrary, BareNameFoundNowhereElseIsLoadedFromTheInstalledDrivers) {
-    test::TempDir emptyHost;
-    ::setenv("QVNRT_APP_DIR", emptyHost.path().c_str(), 1);
-    void* library = LoadLibrary("libqvninstalled.so");
-    ASSERT_NE(nullptr, library) << LastLoadError();
-    EXPECT_EQ("installed", IdentityOf(library));
-    FreeLibrary(library);
+// A bare name is looked for in the host directory, then by the loader's own search, then
+// among the installed drivers; a host file that is no library hides nothing.
+TEST(DynamicLibrary, BareNamesAreFoundInOrder) {
+    test::TempDir emptyHost, junkHost;
+    junkHost.write(kPluginName, "not an ELF file");
+    const struct {
+        std::string hostDir;
+        const char* name;
+        const char* identity;
+    } cases[] = {{QVNPLUGIN_HOST_DIR, kPluginName, "host"},
+                 {emptyHost.path(), kPluginName, "search"},
+                 {junkHost.path(), kPluginName, "search"},
+                 {emptyHost.path(), "libqvninstalled.so", "installed"}};
+    for (const auto& c : cases) {
+        SCOPED_TRACE(c.hostDir + " " + c.name);
+        ::setenv("QVNRT_APP_DIR", c.hostDir.c_str(), 1);
+        void* library = LoadLibrary(c.name);
+        ASSERT_NE(nullptr, library) << LastLoadError();
+        EXPECT_EQ(c.identity, IdentityOf(library));
+        FreeLibrary(library);
+    }
 }
 
 TEST(DynamicLibrary, PathIsLoadedAsGivenAndFailuresAreExplained) {

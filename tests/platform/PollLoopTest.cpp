@@ -296,14 +296,5 @@ TEST(MainLoop, LoopDestroyedWhileInstalledIsUninstalled) {
     EXPECT_EQ(&own, &GetMainLoop());
 }
 
-TEST(MainLoop, LibrarysOwnLoopRunsTimers) {
-    auto& loop = static_cast<PollLoop&>(GetMainLoop());
-    int fired = 0;
-    const MainLoop::TimerId id = loop.addTimer(1, [&] { ++fired; });
-    EXPECT_EQ(1, loop.runOnce(1000));
-    loop.removeTimer(id);
-    EXPECT_EQ(1, fired);
-}
-
 }  // namespace
 }  // namespace qvnrt

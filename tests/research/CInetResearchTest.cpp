@@ -128,11 +128,10 @@ TEST_F(InetResearchTest, ServicesReadAnewAfterTheEditorOnlyGrow) {
 
 TEST_F(InetResearchTest, OpensOnlyHttpAddresses) {
     Research research("ibm", nullptr);
-    EXPECT_EQ(0, research.OpenURL("ftp://h/file"));
-    EXPECT_EQ(0, research.OpenURL("file:///etc/passwd"));
-    EXPECT_EQ(0, research.OpenURL("https://h/"));
-    EXPECT_EQ(0, research.OpenURL("www.example.com"));
-    EXPECT_EQ(0, research.OpenURL("http:/h"));
+    for (const char* refused :
+         {"ftp://h/file", "file:///etc/passwd", "https://h/", "www.example.com", "http:/h"}) {
+        EXPECT_EQ(0, research.OpenURL(refused)) << refused;
+    }
     EXPECT_EQ(0, research.OpenURL(nullptr));
     EXPECT_TRUE(host.urls.empty());
 
