@@ -46,7 +46,7 @@ bool ReplayConfig::Set(const std::string& rawKey, const std::string& rawValue,
     } else if (key == "speed") {
         // "10", "10x", or "max".
         std::string number = Lower(value);
-        if (!number.empty() && number.back() == 'x') number.pop_back();
+        if (number != "max" && !number.empty() && number.back() == 'x') number.pop_back();
         const std::optional<double> parsed =
             number == "max" ? std::optional<double>(0.0) : ParseNumber(number);
         ok = parsed.has_value() && *parsed >= 0 && *parsed <= 1e6;
