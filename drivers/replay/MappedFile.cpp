@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -53,6 +54,13 @@ void MappedFile::ExpectSequential() const {
 
 void MappedFile::ExpectRandom() const {
     if (m_size > 0) ::madvise(const_cast<char*>(m_data), m_size, MADV_RANDOM);
+}
+
+void MappedFile::Release(size_t begin, size_t end) const {
+    const size_t page = static_cast<size_t>(::sysconf(_SC_PAGESIZE));
+    begin = (begin + page - 1) / page * page;  // whole pages only
+    end = std::min(end, m_size) / page * page;
+    if (begin < end) ::madvise(const_cast<char*>(m_data) + begin, end - begin, MADV_DONTNEED);
 }
 
 }  // namespace qvnreplay

@@ -24,6 +24,9 @@ public:
     void ExpectSequential() const;
     // Tells the kernel that reads jump about from here on (binary searches).
     void ExpectRandom() const;
+    // Gives back the pages of [begin, end) that this process touched: they stay in the page
+    // cache, but a front-to-back read of a large file does not keep it all resident.
+    void Release(size_t begin, size_t end) const;
 
 private:
     MappedFile(std::string path, const char* data, size_t size);

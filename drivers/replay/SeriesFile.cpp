@@ -13,6 +13,8 @@ namespace {
 
 constexpr int64_t kEndTime = std::numeric_limits<int64_t>::max();
 constexpr size_t kMostReports = 20;
+// The checking read gives back what it has read in steps of this many bytes.
+constexpr size_t kReleaseBytes = size_t{16} << 20;
 
 bool IsHeader(std::string_view line) {
     line = TrimBlanks(line);
@@ -56,7 +58,12 @@ void SeriesFile::Scan() {
     int64_t previous = std::numeric_limits<int64_t>::min();
     size_t lineNumber = m_dataStart == 0 ? 0 : 1;
     size_t reported = 0;
+    size_t released = 0;
     for (size_t at = m_dataStart; at < m_text.size(); at = NextLine(at)) {
+        if (at - released >= kReleaseBytes) {
+            m_file->Release(released, at);
+            released = at;
+        }
         ++lineNumber;
         const std::string_view line = LineAt(at);
         if (TrimBlanks(line).empty()) continue;
@@ -76,6 +83,7 @@ void SeriesFile::Scan() {
         previous = std::max(previous, row->time);
         ++m_rows;
     }
+    m_file->Release(released, m_text.size());
     if (reported > kMostReports) {
         std::fprintf(stderr, "qvnreplay: %s: %zu problems in all\n", path.c_str(), reported);
     }
