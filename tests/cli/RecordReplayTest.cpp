@@ -3,6 +3,7 @@
 // with the same records as the simulation itself.
 #include <algorithm>
 #include <cstring>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -104,6 +105,45 @@ TEST(RecordReplay, TheReplayServesTheSameTicksAndMinuteBarsAsTheSimulation) {
         EXPECT_EQ(minutes.bytes, w.minutes.bytes) << kSymbols[i] << " minute bars";
     }
 }
+
+// The hand-written week served through the library, as the program shows it: the quote built
+// from the latest trade and the day before the holiday, the days, the exchange.
+struct ServedCase {
+    const char* name;
+    std::vector<std::string> arguments;
+    std::vector<std::string> shown;  // lines that standard output must hold
+};
+
+void PrintTo(const ServedCase& served, std::ostream* out) {
+    *out << served.name;
+}
+
+class ServedThroughTheLibrary : public testing::TestWithParam<ServedCase> {};
+
+TEST_P(ServedThroughTheLibrary, ShowsTheHandWrittenData) {
+    TempDir work, home;
+    std::vector<std::string> arguments = {"--driver", QVNREPLAY_PATH, "--format", "csv"};
+    arguments.insert(arguments.end(), GetParam().arguments.begin(), GetParam().arguments.end());
+    const CliResult result = RunCli(
+        arguments,
+        {work.path(), home.path(), {std::string("QVNREPLAY_DATA_DIR=") + QVNREPLAY_TEST_DATA}});
+    EXPECT_EQ(result.status, 0) << result.err;
+    for (const std::string& line : GetParam().shown) {
+        EXPECT_NE(result.out.find(line + "\n"), std::string::npos) << line << "\n" << result.out;
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Commands, ServedThroughTheLibrary,
+    testing::Values(
+        ServedCase{"Quote", {"snapshot", "ACME"},
+                   {"ACME,52.28,+0.38,,,3100,2024-07-05,09:33:30,Acme Tools Inc"}},
+        ServedCase{"Days",
+                   {"history", "ACME"},
+                   {"2024-07-03,52.00,52.40,51.70,51.90,61000",
+                    "2024-07-05,51.90,53.00,51.80,52.75,150000"}},
+        ServedCase{"Exchanges", {"exchanges"}, {"1,XNY,09:30-16:00,USD,18,0,New York Board"}}),
+    [](const testing::TestParamInfo<ServedCase>& info) { return std::string(info.param.name); });
 
 }  // namespace
 }  // namespace qvnrt::test

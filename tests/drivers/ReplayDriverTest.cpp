@@ -4,6 +4,7 @@
 #include <cstring>
 #include <fstream>
 #include <map>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -46,6 +47,10 @@ struct HistoryCase {
     const char* file;
     int packet;
 };
+
+void PrintTo(const HistoryCase& history, std::ostream* out) {
+    *out << history.name;
+}
 
 class ReplayHistory : public testing::TestWithParam<HistoryCase> {};
 
@@ -111,7 +116,7 @@ TEST(ReplayDriver, SessionRulesAndHolidaysComeFromTheListing) {
     EXPECT_EQ(rules.bSession[1], 0);
     EXPECT_EQ(rules.sStartTime[0], 9 << 8 | 30);
     EXPECT_EQ(rules.sEndTime[0], 16 << 8);
-    EXPECT_EQ(rules.chTimeZone, 5);
+    EXPECT_EQ(rules.chTimeZone, 18);
 
     HOLIDAYS_INFO header{};
     std::memcpy(&header, calls[0].extra.data(), sizeof header);
@@ -148,7 +153,7 @@ TEST(ReplayDriver, AQuoteIsTheLatestTradeWithTheCloseOfTheTradingDayBefore) {
     EXPECT_FLOAT_EQ(got.at(RTFIELD_LOW).Float(), 51.90f);
     EXPECT_EQ(got.at(RTFIELD_VOLUME).Int(), 700);
     EXPECT_EQ(got.at(RTFIELD_TOTAL_VOLUME).Int(), 3100);
-    EXPECT_EQ(got.at(RTFIELD_DISPLAY_STYLE).Int(), 2);
+    EXPECT_EQ(got.at(RTFIELD_DISPLAY_STYLE).Int(), 3);
 }
 
 TEST(ReplayDriver, DaysComeInBatchesNewestBatchFirstEachOldestFirst) {

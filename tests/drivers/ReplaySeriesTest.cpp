@@ -3,6 +3,7 @@
 // times out of order.
 #include <algorithm>
 #include <cstdint>
+#include <ostream>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,10 @@ struct Layout {
     int badEvery;       // a malformed line after every this many rows; 0 for none
     bool shuffled;      // rows written out of time order
 };
+
+void PrintTo(const Layout& layout, std::ostream* out) {
+    *out << layout.name;
+}
 
 class SeriesSearch : public testing::TestWithParam<Layout> {
 protected:
@@ -112,6 +117,10 @@ struct TimeCase {
     const char* text;
     std::optional<int64_t> seconds;
 };
+
+void PrintTo(const TimeCase& time, std::ostream* out) {
+    *out << time.name;
+}
 
 class TimeText : public testing::TestWithParam<TimeCase> {};
 
