@@ -34,6 +34,22 @@ bool SymbolData::Known() {
            Days() != nullptr;
 }
 
+void SymbolData::ExtendDayRange(const SeriesFile& file, bool ticks, int64_t day, int64_t now) {
+    if (m_dayRange.day != day || now < m_dayRange.upTo) {
+        m_dayRange = DayRange{day, day * kSecondsPerDay - 1};
+    }
+    file.Forward(m_dayRange.upTo + 1, now, [this, ticks](const SeriesRow& r) {
+        const double high = ticks ? r.values[0] : r.values[1];
+        const double low = ticks ? r.values[0] : r.values[2];
+        m_dayRange.high = m_dayRange.any ? std::max(m_dayRange.high, high) : high;
+        m_dayRange.low = m_dayRange.any ? std::min(m_dayRange.low, low) : low;
+        m_dayRange.any = true;
+        m_dayRange.volume += static_cast<int64_t>(ticks ? r.values[1] : r.values[4]);
+        return true;
+    });
+    m_dayRange.upTo = std::max(m_dayRange.upTo, now);
+}
+
 QuoteState SymbolData::QuoteAt(int64_t now) {
     QuoteState quote;
     const SeriesFile* intraday = Ticks() != nullptr ? Ticks() : Minutes();
@@ -44,13 +60,10 @@ QuoteState SymbolData::QuoteAt(int64_t now) {
             quote.time = row->time;
             quote.last = ticks ? row->values[0] : row->values[3];
             quote.volume = static_cast<int64_t>(ticks ? row->values[1] : row->values[4]);
-            quote.high = quote.low = quote.last;
-            intraday->Forward(DayOf(row->time) * kSecondsPerDay, now, [&](const SeriesRow& r) {
-                quote.high = std::max(quote.high, ticks ? r.values[0] : r.values[1]);
-                quote.low = std::min(quote.low, ticks ? r.values[0] : r.values[2]);
-                quote.totalVolume += static_cast<int64_t>(ticks ? r.values[1] : r.values[4]);
-                return true;
-            });
+            ExtendDayRange(*intraday, ticks, DayOf(row->time), now);
+            quote.high = m_dayRange.high;
+            quote.low = m_dayRange.low;
+            quote.totalVolume = m_dayRange.volume;
         }
     }
     const SeriesFile* days = Days();

@@ -46,6 +46,18 @@ private:
     };
     const SeriesFile* Get(Lazy& lazy, const char* suffix, SeriesKind kind);
 
+    // The trades of one day up to a time, kept so that a quote that follows the replay
+    // clock reads only what is new since its last update.
+    struct DayRange {
+        int64_t day = -1;
+        int64_t upTo = 0;
+        bool any = false;
+        double high = 0, low = 0;
+        int64_t volume = 0;
+    };
+    void ExtendDayRange(const SeriesFile& file, bool ticks, int64_t day, int64_t now);
+
+    DayRange m_dayRange;
     std::string m_dataDir;
     std::string m_symbol;
     const ListedSecurity* m_listing;
