@@ -73,8 +73,10 @@ long Replay::Open(NetworkCallback callback) {
     ++m_generation;
     m_now = world.config.start.value_or(kAfterEverything);
     m_wallStartMs = MonotonicMs();
-    // The server time goes out from the first dispatch: nothing is called back from here.
-    m_timeEventDue = true;
+    // A replay tells its clock as the server time, from the first dispatch (nothing is called
+    // back from here) and then at every replayed minute. Without a replay there is no clock
+    // worth telling: the library keeps its own.
+    m_timeEventDue = world.config.start.has_value();
     m_poll.Signal();
     if (world.config.start && world.config.speed > 0) m_poll.Arm(kTimerMs);
     return RTOPEN_LOCAL;
@@ -138,6 +140,7 @@ void Replay::Dispatch() {
 
     const int64_t from = m_now;
     MoveClock();
+    m_timeEventDue = FloorDiv(from, 60) != FloorDiv(m_now, 60);
     if (m_now != from) {
         std::vector<std::shared_ptr<Request>> live;
         for (const auto& entry : m_requests) live.push_back(entry.second);
@@ -148,6 +151,7 @@ void Replay::Dispatch() {
         }
     }
     // At speed 0 the loop's own pace drives the clock: stay readable while anything follows it.
+    // The server time of a new minute waits for the next dispatch, whenever that comes.
     if (!m_unanswered.empty() || (Config().start && Config().speed == 0 && !m_requests.empty())) {
         m_poll.Signal();
     }
