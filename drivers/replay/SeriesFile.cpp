@@ -1,6 +1,7 @@
 #include "SeriesFile.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <limits>
 
@@ -13,6 +14,9 @@ namespace {
 
 constexpr int64_t kEndTime = std::numeric_limits<int64_t>::max();
 constexpr size_t kMostReports = 20;
+constexpr int64_t kLatestTime = 0xFFFFFFFFll;
+// Beyond any price or volume, and small enough for every conversion to stay defined.
+constexpr double kLargestValue = 1e15;
 // The checking read gives back what it has read in steps of this many bytes.
 constexpr size_t kReleaseBytes = size_t{16} << 20;
 
@@ -26,17 +30,22 @@ bool IsHeader(std::string_view line) {
 std::optional<SeriesRow> SeriesFile::ParseLine(std::string_view line, SeriesKind kind) {
     std::string_view fields[6];
     const int count = SplitFields(line, fields, 6);
-    const int wanted = kind == SeriesKind::kTicks ? 3 : 6;
-    if (count < wanted || (kind != SeriesKind::kTicks && count != 6)) return std::nullopt;
+    const bool ticks = kind == SeriesKind::kTicks;
+    if (ticks ? count != 3 && count != 4 : count != 6) return std::nullopt;
     SeriesRow row;
     const std::optional<int64_t> time = ParseTime(fields[0]);
-    if (!time) return std::nullopt;
+    // Times travel as 32 bits: seconds since 1970 up to 2106.
+    if (!time || *time < 0 || *time > kLatestTime) return std::nullopt;
     row.time = *time;
     for (int i = 1; i < count; ++i) {
         const std::optional<double> value = ParseNumber(fields[i]);
-        if (!value) return std::nullopt;
+        if (!value || !std::isfinite(*value) || std::fabs(*value) > kLargestValue) {
+            return std::nullopt;
+        }
         row.values[i - 1] = *value;
     }
+    // A tick's flag is a byte.
+    if (ticks && (row.values[2] < 0 || row.values[2] > 255)) return std::nullopt;
     return row;
 }
 

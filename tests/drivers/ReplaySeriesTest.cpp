@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <ostream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <gtest/gtest.h>
@@ -147,6 +148,25 @@ INSTANTIATE_TEST_SUITE_P(
                     TimeCase{"TimeAlone", "12:00", std::nullopt},
                     TimeCase{"NoSuchHour", "2024-07-05T25:00:00Z", std::nullopt}),
     [](const testing::TestParamInfo<TimeCase>& info) { return std::string(info.param.name); });
+
+// Lines refused whole, rather than read into values that no record can carry.
+class RefusedLine : public testing::TestWithParam<std::pair<SeriesKind, const char*>> {};
+
+TEST_P(RefusedLine, IsMalformed) {
+    EXPECT_FALSE(SeriesFile::ParseLine(GetParam().second, GetParam().first).has_value());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Lines, RefusedLine,
+    testing::Values(std::pair{SeriesKind::kTicks, "1720186200,nan,1"},
+                    std::pair{SeriesKind::kTicks, "1720186200,inf,1"},
+                    std::pair{SeriesKind::kTicks, "1720186200,10,1e300"},
+                    std::pair{SeriesKind::kTicks, "1720186200,10,1,256"},
+                    std::pair{SeriesKind::kTicks, "1720186200,10,1,0,0"},
+                    std::pair{SeriesKind::kTicks, "-5,10,1"},
+                    std::pair{SeriesKind::kTicks, "99999999999,10,1"},
+                    std::pair{SeriesKind::kMinutes, "1720186200,1,2,0.5,1.5"},
+                    std::pair{SeriesKind::kDays, "2024-07-05,1,2,0.5,1.5,100,7"}));
 
 }  // namespace
 }  // namespace qvnreplay
