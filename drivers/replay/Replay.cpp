@@ -132,7 +132,7 @@ void Replay::Dispatch() {
         if (request->Closed()) continue;
         request->Answer(*this);
         if (m_generation != generation) return;
-        if (!request->Continues() || request->m_data == nullptr) {
+        if (!request->Continues() || !request->KnowsSymbol()) {
             const auto found = m_requests.find(request->Handle());
             if (found != m_requests.end() && found->second == request) m_requests.erase(found);
         }
@@ -166,7 +166,7 @@ uint32_t Replay::Reserve(int count) {
 
 unsigned long Replay::Add(std::shared_ptr<Request> request) {
     const uint32_t handle = request->Handle();
-    request->m_generation = m_generation;
+    request->Bind(m_generation);
     m_requests[handle] = request;
     m_unanswered.push_back(std::move(request));
     m_poll.Signal();

@@ -26,8 +26,12 @@ public:
     uint32_t Handle() const { return m_handle; }
     bool Closed() const { return m_closed; }
     void Close() { m_closed = true; }
+    // Ties the request to the connection that took it: it stops when that one ends.
+    void Bind(uint64_t generation) { m_generation = generation; }
+    bool KnowsSymbol() const { return m_data != nullptr; }
 
-    // The first answer; `data` is null for a symbol the directory does not know.
+    // The first answer; m_data is null for a symbol that the directory does not know, and
+    // the answer then says so.
     virtual void Answer(Replay& replay) = 0;
     // The replay clock moved from `from` (excluded) to `to`.
     virtual void Advance(Replay& /*replay*/, int64_t /*from*/, int64_t /*to*/) {}
@@ -42,8 +46,6 @@ protected:
     SymbolData* m_data;
     uint64_t m_generation = 0;
     bool m_closed = false;
-
-    friend class Replay;
 };
 
 class QuoteRequest : public Request {
@@ -85,7 +87,8 @@ public:
     bool Continues() const override { return m_live; }
 
 private:
-    // Packets of `rows` visited newest first (history) or oldest first (live).
+    // The records of [first, last] in packets: newest first as history, oldest first as
+    // live data. False once a callback closed the request.
     bool Send(Replay& replay, int64_t first, int64_t last, bool live);
     const SeriesFile* File() const;
 
