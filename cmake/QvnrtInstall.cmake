@@ -28,6 +28,10 @@ if(TARGET qvnsim)
     COMPONENT runtime)
 endif()
 
+if(TARGET qvnreplay)
+  install(TARGETS qvnreplay LIBRARY DESTINATION ${QVNRT_DRIVER_DIR} COMPONENT runtime)
+endif()
+
 if(TARGET qvnrt-cli)
   # Relative, so that the program finds its library under any prefix.
   set_target_properties(qvnrt-cli PROPERTIES
