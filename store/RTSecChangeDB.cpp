@@ -78,15 +78,13 @@ std::span<RTSecChange> RTSecChangeDB::records() {
     if ((head.count > head.slots || head.count > room()) && !m_reportedBadCount) {
         m_reportedBadCount = true;
         std::clog << m_fullPath << ": count " << head.count << " for " << head.slots
-                  << " slots and room for " << room() << " records; reading " << inUse
-                  << std::endl;
+                  << " slots and room for " << room() << " records; reading " << inUse << std::endl;
     }
     auto* first = reinterpret_cast<RTSecChange*>(static_cast<char*>(m_view) + kHeaderSize);
     return {first, inUse};
 }
 
-std::pair<RTSecChange*, RTSecChange*> RTSecChangeDB::find(const char* symbol,
-                                                          unsigned long time) {
+std::pair<RTSecChange*, RTSecChange*> RTSecChangeDB::find(const char* symbol, unsigned long time) {
     if (!usable() || !symbol) return {nullptr, nullptr};
     // A time beyond 32 bits lies after every record; cutting it would wrap it round.
     const auto from = static_cast<uint32_t>(std::min<unsigned long>(time, UINT32_MAX));

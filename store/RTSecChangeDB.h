@@ -37,7 +37,7 @@ static_assert(offsetof(SecChangeFileHeader, timestamp) == 12);
 bool SecChangeLess(const RTSecChange& left, const RTSecChange& right);
 
 class RTSecChangeDB : public filemapping {
-public:
+  public:
     static constexpr uint32_t kResetMarker = 0x4d4e5400;
     static constexpr const char kFileName[] = "secmaint.dat";
 
@@ -66,7 +66,7 @@ public:
     // file is reported once on std::clog. Empty without a view.
     std::span<RTSecChange> records();
 
-private:
+  private:
     SecChangeFileHeader* header() const { return static_cast<SecChangeFileHeader*>(m_view); }
     size_t room() const;
 

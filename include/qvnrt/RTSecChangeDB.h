@@ -34,4 +34,4 @@ QVNRT_API bool SetRTSecChangeInfo(long timestamp, int count, RTSecChange* change
 /// GetRTSecChangeTimestamp, for one). The records lie in the mapped file: they stay valid
 /// only until the next SetRTSecChangeInfo, which may move the view. The library owns them.
 QVNRT_API std::pair<RTSecChange*, RTSecChange*> GetRTSecChangeInfo(const char* symbol,
-                                                                    unsigned long time);
+                                                                   unsigned long time);
