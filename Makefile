@@ -1,6 +1,6 @@
 # The two commands of the README:
-#   make demo   installs what is missing, builds, and runs the command-line program
-#               against the simulation driver
+#   make demo   installs what is missing, builds the library, the simulation driver and
+#               the command-line program, and runs the program against the driver
 #   make check  installs what is missing, checks that every include goes down the layers,
 #               builds, and runs every test, first in the plain build, then with
 #               AddressSanitizer and UndefinedBehaviorSanitizer
@@ -13,7 +13,8 @@ JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 BUILD ?= build
 SANITIZE_BUILD ?= build-sanitize
 PACKAGE_BUILD ?= build-package
-PACKAGES := build-essential cmake pkg-config libgtest-dev libgmock-dev libbenchmark-dev tzdata
+PACKAGES := build-essential cmake pkg-config libgtest-dev libgmock-dev libbenchmark-dev \
+            libcli11-dev tzdata
 
 .PHONY: all deps build build-sanitize check layers test test-sanitize demo bench package docs clean
 
@@ -56,7 +57,9 @@ layers:
 
 check: layers test test-sanitize
 
-demo: build
+# The demo needs only the library, the simulation driver and the program, not the tests.
+demo: deps $(BUILD)/CMakeCache.txt
+	cmake --build $(BUILD) -j $(JOBS) --target qvnrt qvnsim qvnrt-cli
 	./$(BUILD)/cli/qvnrt-cli demo
 
 bench: build

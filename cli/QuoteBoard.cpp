@@ -1,10 +1,9 @@
 #include "cli/QuoteBoard.h"
 
-#include <cstdint>
-#include <cstring>
+#include <cstdio>
 
-#include <qvnrt/CDoubleToFractRep.h>
-#include <qvnrt/Date.h>
+#include "cli/Command.h"
+#include "cli/QuoteText.h"
 
 namespace qvnrt::cli {
 namespace {
@@ -12,61 +11,58 @@ namespace {
 constexpr int kStreaming = 1;
 constexpr RTSecurityType kAnyType = RTSECTYPE_NOT_KNOWN;  // the service knows each symbol's
 
-const char kHeader[] = "SYMBOL        LAST          CHANGE        BID           ASK           "
-                       "VOLUME      TIME      NAME";
+enum ColumnIndex { kSymbol, kLast, kChange, kBid, kAsk, kVolume, kDate, kTime, kName };
 
-// A price in the security's own display style; "-" when the cache holds none.
-std::string Price(BoardSecurity& security, int field) {
-    long error = -4;
-    const float value = security.GetSecFloat(field, &error);
-    if (error != 0) return "-";
-    CDoubleToFractRep rep(&security);
-    return rep.ToString(value);  // a shared buffer: copied at once
-}
-
-std::string Change(BoardSecurity& security) {
-    long lastError = -4, closeError = -4;
-    const float last = security.GetSecFloat(RTFIELD_LAST, &lastError);
-    const float close = security.GetSecFloat(RTFIELD_PREV_CLOSE, &closeError);
-    if (lastError != 0 || closeError != 0) return "-";
-    CDoubleToFractRep rep(&security);
-    const double change = static_cast<double>(last) - close;
-    return std::string(change >= 0.0 ? "+" : "") + rep.ToString(change);
-}
-
-std::string Integer(BoardSecurity& security, int field) {
-    long error = -4;
-    const int value = security.GetSecInt(field, &error);
-    return error == 0 ? std::to_string(value) : "-";
-}
-
-// The quote's time on the machine's clock: the same online and offline, when no driver is
-// there to name the exchange's zone.
-std::string QuoteTime(BoardSecurity& security) {
-    long error = -4;
-    const auto value = static_cast<uint32_t>(security.GetSecInt(RTFIELD_QUOTE_TIME, &error));
-    if (error != 0 || value < DATE_SECONDS_BASE) return "-";
-    uint32_t month, day, year, hour, minute, second;
-    Date(value).getMDYHMS(month, day, year, hour, minute, second, ZONE_LOCAL);
-    char text[16];
-    std::snprintf(text, sizeof(text), "%02u:%02u:%02u", hour, minute, second);
-    return text;
+int Sign(std::optional<double> value) {
+    if (!value || *value == 0.0) return 0;
+    return *value > 0.0 ? 1 : -1;
 }
 
 }  // namespace
 
-QuoteBoard::QuoteBoard(const std::vector<std::string>& symbols) : m_symbols(symbols) {}
-
-void QuoteBoard::Open(bool streaming) {
-    for (const std::string& symbol : m_symbols) {
-        m_securities.push_back(std::make_unique<BoardSecurity>());
-        m_securities.back()->OpenSecurity(symbol.c_str(), kAnyType, streaming ? kStreaming : 0,
-                                          0);
-    }
+void BoardSecurity::OnSecChanged() {
+    RTSecurity::OnSecChanged();
+    ++batches;
+    if (onBatch) onBatch();
 }
 
-void QuoteBoard::Close() {
+void BoardSecurity::OnSecClosed() {
+    closed = true;
+    RTSecurity::OnSecClosed();
+    if (onBatch) onBatch();
+}
+
+QuoteBoard::QuoteBoard(const std::vector<std::string>& symbols)
+    : m_symbols(symbols), m_lastSeen(symbols.size()), m_lastMove(symbols.size()) {}
+
+QuoteBoard::~QuoteBoard() {
     for (auto& security : m_securities) security->CloseSecurity();
+}
+
+const std::vector<Column>& QuoteBoard::Columns() {
+    // A narrow terminal gives up the name first, then volume, date, bid and ask, change.
+    static const std::vector<Column> columns = {
+        {"SYMBOL", 6, false, 0, false}, {"LAST", 7, true, 0, false},
+        {"CHANGE", 7, true, 3, false},  {"BID", 7, true, 4, false},
+        {"ASK", 7, true, 4, false},     {"VOLUME", 8, true, 6, false},
+        {"DATE", 10, false, 5, false},  {"TIME", 8, false, 2, false},
+        {"NAME", 12, false, 7, true},
+    };
+    return columns;
+}
+
+void QuoteBoard::Open(bool streaming) {
+    for (size_t i = 0; i < m_symbols.size(); ++i) {
+        m_securities.push_back(std::make_unique<BoardSecurity>());
+        m_securities.back()->onBatch = [this, i] {
+            if (onBatch) onBatch(i);
+        };
+    }
+    // Offline the cache answers inside OpenSecurity: every object stands before the first.
+    for (size_t i = 0; i < m_symbols.size(); ++i) {
+        m_securities[i]->OpenSecurity(m_symbols[i].c_str(), kAnyType,
+                                      streaming ? kStreaming : 0, 0);
+    }
 }
 
 bool QuoteBoard::AllAnswered() const {
@@ -76,41 +72,52 @@ bool QuoteBoard::AllAnswered() const {
     return true;
 }
 
-std::vector<std::string> QuoteBoard::Unknown() const {
-    std::vector<std::string> unknown;
-    for (size_t i = 0; i < m_securities.size(); ++i) {
-        if (m_securities[i]->closed) unknown.push_back(m_symbols[i]);
-    }
-    return unknown;
-}
+Row QuoteBoard::RowOf(size_t index) {
+    BoardSecurity& security = *m_securities[index];
+    Row row(Columns().size());
+    row[kSymbol].text = SymbolText(security, m_symbols[index]);
 
-std::string QuoteBoard::Row(BoardSecurity& security) const {
-    std::string symbol = security.m_strSymbol.IsEmpty() ? "?" : security.m_strSymbol.str();
-    if (security.closed) return symbol + "  unknown symbol";
-    long error = -4;
-    const int flags = security.GetSecInt(RTFIELD_BIT_FLAGS, &error);
-    if (error == 0 && (flags & RTFLAG_DELAYED)) symbol += " (d)";
-    const char* name = security.GetSecString(RTFIELD_NAME, nullptr);
-    char row[256];
-    std::snprintf(row, sizeof(row), "%-13s %-13s %-13s %-13s %-13s %-11s %-9s %s",
-                  symbol.c_str(), Price(security, RTFIELD_LAST).c_str(), Change(security).c_str(),
-                  Price(security, RTFIELD_BID).c_str(), Price(security, RTFIELD_ASK).c_str(),
-                  Integer(security, RTFIELD_TOTAL_VOLUME).c_str(), QuoteTime(security).c_str(),
-                  name ? name : "");
+    const std::optional<double> last = LastPrice(security);
+    if (last && m_lastSeen[index] && *last != *m_lastSeen[index]) {
+        m_lastMove[index] = *last > *m_lastSeen[index] ? 1 : -1;
+    }
+    m_lastSeen[index] = last;
+
+    row[kLast] = {PriceText(security, RTFIELD_LAST), m_lastMove[index]};
+    row[kChange] = {ChangeText(security), Sign(Change(security))};
+    row[kBid].text = PriceText(security, RTFIELD_BID);
+    row[kAsk].text = PriceText(security, RTFIELD_ASK);
+    row[kVolume].text = CountText(security, RTFIELD_TOTAL_VOLUME);
+    row[kDate].text = QuoteDateText(security);
+    row[kTime].text = QuoteTimeText(security);
+    row[kName].text = NameText(security);
     return row;
 }
 
-void QuoteBoard::Print(FILE* out) const {
-    std::fprintf(out, "%s\n", kHeader);
-    for (const auto& security : m_securities) std::fprintf(out, "%s\n", Row(*security).c_str());
-    std::fflush(out);
+std::vector<Row> QuoteBoard::Rows(bool quotedOnly) {
+    std::vector<Row> rows;
+    for (size_t i = 0; i < m_securities.size(); ++i) {
+        if (!Known(i) || (quotedOnly && !HasQuote(*m_securities[i]))) continue;
+        rows.push_back(RowOf(i));
+    }
+    return rows;
 }
 
-void QuoteBoard::Redraw(FILE* out) {
-    if (m_linesDrawn > 0) std::fprintf(out, "\x1b[%dA", m_linesDrawn);  // back to the top
-    std::fprintf(out, "\x1b[J");  // and clear what was drawn
-    Print(out);
-    m_linesDrawn = static_cast<int>(m_securities.size()) + 1;
+int QuoteBoard::ReportMissing(bool offline) {
+    int status = kExitOk;
+    for (size_t i = 0; i < m_securities.size(); ++i) {
+        BoardSecurity& security = *m_securities[i];
+        if (security.closed) {
+            std::fprintf(stderr, "qvnrt-cli: %s: unknown symbol\n", m_symbols[i].c_str());
+        } else if (!HasQuote(security)) {
+            std::fprintf(stderr, "qvnrt-cli: %s: %s\n", m_symbols[i].c_str(),
+                         offline ? "not in the cache" : "no quote arrived");
+        } else {
+            continue;
+        }
+        status = kExitIncomplete;
+    }
+    return status;
 }
 
 }  // namespace qvnrt::cli

@@ -1,191 +1,102 @@
-// qvnrt-cli: the command-line program a new user runs first.
-//
-//   qvnrt-cli [--driver NAME] [--cache DIR] COMMAND [ARGUMENTS]
-//
-//   quotes SYMBOL... [--seconds N]  a live quote board, refreshed on the heartbeat
-//   snapshot SYMBOL... [--offline]  one batch per symbol; offline, from the cache alone
-//   exchanges                       the exchanges the driver knows
-//   info                            the library's version and the driver it would load
-//   demo                            quotes of a few simulated securities for a few seconds
-#include <unistd.h>
-
+// qvnrt-cli: the command-line program a new user runs first. Each command lives in its own
+// file under cli/commands/ and registers itself (see cli/Command.h); this file parses the
+// command line and turns the outcome into the exit status.
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
+#include <map>
 #include <string>
 #include <vector>
 
+#include <CLI/CLI.hpp>
+
 #include <qvnrt/qvnrt.h>
 
-#include "cli/CliSession.h"
-#include "cli/QuoteBoard.h"
+#include "cli/Command.h"
 
 namespace {
 
-using qvnrt::cli::CliSession;
-using qvnrt::cli::QuoteBoard;
+using namespace qvnrt::cli;
 
-constexpr double kSnapshotWaitSeconds = 5.0;
-constexpr double kDemoSeconds = 8.0;
-const std::vector<std::string> kDemoSymbols = {"ACME",   "BLTN",   "THMS.L", "EURUSD",
-                                               "UST10Y", "@USX",   "$USX"};
+const char kExitStatusFooter[] =
+    "Exit status:\n"
+    "  0  all that was asked was delivered\n"
+    "  1  some of it was not: an unknown or uncached symbol, a driver that cannot be loaded\n"
+    "     or refuses to connect, a cache directory that cannot be used\n"
+    "  2  the command line was wrong";
 
-struct Options {
-    std::string command;
-    std::vector<std::string> symbols;
-    std::string driver;
-    std::string cacheDirectory;
-    double seconds = 0;  // 0: until Ctrl-C
-    bool offline = false;
-};
+const std::map<std::string, Format> kFormats = {
+    {"table", Format::kTable}, {"csv", Format::kCsv}, {"json", Format::kJson}};
 
-int Usage() {
-    std::fprintf(stderr,
-                 "usage: qvnrt-cli [--driver NAME] [--cache DIR] COMMAND [ARGUMENTS]\n"
-                 "  quotes SYMBOL... [--seconds N]  live quote board (Ctrl-C ends it)\n"
-                 "  snapshot SYMBOL... [--offline]  one batch per symbol; --offline reads "
-                 "the cache alone\n"
-                 "  exchanges                       the exchanges the driver knows\n"
-                 "  info                            version and driver\n"
-                 "  demo                            a few simulated quotes for a few seconds\n");
-    return 2;
+const char kSubcommandFooter[] =
+    "The options of every command (--driver, --cache, --offline, --format, --no-color) and\n"
+    "the exit status are in 'qvnrt-cli --help'.";
+
+std::string FailureMessage(const CLI::App*, const CLI::Error& error) {
+    return std::string("qvnrt-cli: ") + error.what() +
+           "\nRun 'qvnrt-cli --help' or 'qvnrt-cli COMMAND --help' for the options.\n";
 }
 
-bool Parse(int argc, char** argv, Options& options) {
-    for (int i = 1; i < argc; ++i) {
-        const std::string arg = argv[i];
-        const bool hasValue = i + 1 < argc;
-        if (arg == "--driver" && hasValue) {
-            options.driver = argv[++i];
-        } else if (arg == "--cache" && hasValue) {
-            options.cacheDirectory = argv[++i];
-        } else if (arg == "--seconds" && hasValue) {
-            char* end = nullptr;
-            options.seconds = std::strtod(argv[++i], &end);
-            if (*end || options.seconds < 0) return false;
-        } else if (arg == "--offline") {
-            options.offline = true;
-        } else if (arg.rfind("--", 0) == 0) {
-            return false;
-        } else if (options.command.empty()) {
-            options.command = arg;
-        } else {
-            options.symbols.push_back(arg);
-        }
-    }
-    return !options.command.empty();
-}
-
-int ReportUnknown(const QuoteBoard& board, size_t symbols) {
-    const std::vector<std::string> unknown = board.Unknown();
-    for (const std::string& symbol : unknown) {
-        std::fprintf(stderr, "qvnrt-cli: unknown symbol %s\n", symbol.c_str());
-    }
-    return (!unknown.empty() && unknown.size() == symbols) ? 1 : 0;
-}
-
-int Quotes(const Options& options) {
-    if (options.symbols.empty()) return Usage();
-    CliSession session;
-    if (!session.LoadDriver(options.driver) || !session.Connect()) return 1;
-    QuoteBoard board(options.symbols);
-    board.Open(true);
-    const bool terminal = ::isatty(STDOUT_FILENO);
-    if (terminal) session.onHeartBeat = [&board] { board.Redraw(stdout); };
-    session.Run(options.seconds);
-    session.onHeartBeat = nullptr;
-    if (terminal) {
-        board.Redraw(stdout);
-    } else {
-        board.Print(stdout);  // a pipe gets the board as it stood at the end
-    }
-    const int result = ReportUnknown(board, options.symbols.size());
-    board.Close();
-    RTServer::Disconnect();
-    return result;
-}
-
-int Snapshot(const Options& options) {
-    if (options.symbols.empty()) return Usage();
-    CliSession session;
-    bool online = false;
-    if (!options.offline) {
-        online = session.LoadDriver(options.driver) && session.Connect();
-        if (!online) std::fprintf(stderr, "qvnrt-cli: offline: reading the cache\n");
-    }
-    QuoteBoard board(options.symbols);
-    board.Open(false);  // offline, the cache answers at once
-    if (online) session.Run(kSnapshotWaitSeconds, [&board] { return board.AllAnswered(); });
-    board.Print(stdout);
-    const int result = ReportUnknown(board, options.symbols.size());
-    board.Close();
-    if (online) RTServer::Disconnect();
-    return result;
-}
-
-int Exchanges(const Options& options) {
-    CliSession session;
-    if (!session.LoadDriver(options.driver) || !session.Connect()) return 1;
-    std::printf("NO  SHORT  HOURS        CURRENCY  ZONE  DELAY  NAME\n");
-    int found = 0;
-    for (long number = 0; number < 256; ++number) {
-        RTExchange exchange(number);
-        char shortName[32] = {}, longName[64] = {}, currency[16] = {};
-        long error = -1;
-        exchange.GetExchangeShortName(shortName, sizeof(shortName) - 1, &error);
-        if (error != 0) continue;
-        exchange.GetExchangeLongName(longName, sizeof(longName) - 1, &error);
-        exchange.GetExchangeCurrency(currency, sizeof(currency) - 1, &error);
-        const int startHour = exchange.GetExchangeStartHour(&error);
-        const int startMinute = exchange.GetExchangeStartMin(&error);
-        const int closeHour = exchange.GetExchangeCloseHour(&error);
-        const int closeMinute = exchange.GetExchangeCloseMin(&error);
-        const auto zone = RTSecurity::GetExchangeLong(static_cast<int>(number), RTEXPROP_ZONE, 0);
-        const auto delay = RTSecurity::GetExchangeLong(static_cast<int>(number), RTEXPROP_DELAY, 0);
-        std::printf("%-3ld %-6s %02d:%02d-%02d:%02d  %-9s %-5lu %-6lu %s\n", number, shortName,
-                    startHour, startMinute, closeHour, closeMinute, currency, zone, delay & 0xFF,
-                    longName);
-        ++found;
-    }
-    if (found == 0) std::fprintf(stderr, "qvnrt-cli: the driver names no exchange\n");
-    RTServer::Disconnect();
-    return found > 0 ? 0 : 1;
-}
-
-int Info(const Options& options) {
-    std::printf("QvnRT %s\n", qvnrt::LibraryVersion());
-    CliSession session;
-    if (!session.LoadDriver(options.driver)) return 1;
-    std::printf("driver: %s\n", RTServer::m_DLLName);
-    return 0;
-}
-
-// Quotes of a few simulated securities, with the embedded defaults: the cache in ./cache,
-// and the configuration in a fresh directory unless QVNRT_HOME names one.
-int Demo(Options options) {
-    if (!std::getenv("QVNRT_HOME")) {
-        char home[] = "/tmp/qvnrt-demo-XXXXXX";
-        if (::mkdtemp(home)) ::setenv("QVNRT_HOME", home, 1);
-    }
-    options.symbols = kDemoSymbols;
-    if (options.seconds == 0) options.seconds = kDemoSeconds;
-    std::printf("QvnRT %s: simulated quotes for %g seconds\n", qvnrt::LibraryVersion(),
-                options.seconds);
-    return Quotes(options);
+void AddGlobalOptions(CLI::App& app, GlobalOptions& global, std::string& format) {
+    const std::string group = "Options of every command";
+    app.add_option("--driver", global.driver,
+                   "driver to load: a path, or a name looked for beside the program (default: "
+                   "the configured driver, else Client.DLL)")
+        ->group(group);
+    app.add_option("--cache", global.cacheDirectory,
+                   "directory of the security cache (default: cache/ below the working "
+                   "directory)")
+        ->group(group);
+    app.add_flag("--offline", global.offline, "read the cache alone, without a driver")
+        ->group(group);
+    app.add_option("--format", format,
+                   "output when not a live board: table, csv, or json (one object a line)")
+        ->check(CLI::IsMember(kFormats))
+        ->option_text("table|csv|json")
+        ->group(group);
+    app.add_flag("--no-color", global.noColour,
+                 "no colour on a terminal (also when NO_COLOR is set)")
+        ->group(group);
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-    Options options;
-    if (!Parse(argc, argv, options)) return Usage();
-    if (!options.cacheDirectory.empty()) {
-        RTServer::InitCache(true, options.cacheDirectory.c_str(), 5, 0);
+    CLI::App app("QvnRT's command-line program: quotes, exchanges and the cache, from any "
+                 "driver (by default the simulation beside the program).",
+                 "qvnrt-cli");
+    app.set_version_flag("--version", std::string("qvnrt-cli ") + qvnrt::LibraryVersion());
+    app.footer(kExitStatusFooter);
+    app.failure_message(FailureMessage);
+    app.require_subcommand(1);
+
+    GlobalOptions global;
+    std::string format = "table";
+    AddGlobalOptions(app, global, format);
+
+    RunCommand chosen;
+    for (const CommandEntry& entry : RegisteredCommands()) {
+        CLI::App* command = app.add_subcommand(entry.name, entry.description);
+        // Global options may follow the command: `quotes ACME --format csv`.
+        command->fallthrough();
+        command->footer(kSubcommandFooter);
+        RunCommand run = entry.setup(*command);
+        command->callback([&chosen, run] { chosen = run; });
     }
-    if (options.command == "quotes") return Quotes(options);
-    if (options.command == "snapshot") return Snapshot(options);
-    if (options.command == "exchanges") return Exchanges(options);
-    if (options.command == "info") return Info(options);
-    if (options.command == "demo") return Demo(options);
-    return Usage();
+
+    try {
+        app.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        // A word where a command should be is named as such, not as "a command is required".
+        const std::vector<std::string> stray = app.remaining();
+        if (app.get_subcommands().empty() && !stray.empty() && stray[0][0] != '-') {
+            std::string known;
+            for (const CommandEntry& entry : RegisteredCommands()) known += " " + entry.name;
+            std::fprintf(stderr, "qvnrt-cli: unknown command '%s'; the commands are:%s\n",
+                         stray[0].c_str(), known.c_str());
+            return kExitUsage;
+        }
+        const int status = app.exit(error);  // help and version on standard output
+        return status == 0 ? kExitOk : kExitUsage;
+    }
+    global.format = kFormats.at(format);
+    return chosen ? chosen(global) : kExitUsage;
 }

@@ -2,6 +2,8 @@
 
 #include <dlfcn.h>
 
+#include <qvnrt/host.h>
+
 #include "platform/Directories.h"
 
 namespace qvnrt::platform {
@@ -29,6 +31,7 @@ void* LoadLibrary(const std::string& name) {
         return nullptr;
     }
     std::string error;
+    g_lastLoadError.clear();
     if (name.find('/') != std::string::npos) {
         void* library = Open(name, error);
         if (!library) g_lastLoadError = error;
@@ -71,3 +74,5 @@ void FreeLibrary(void* library) {
 std::string LastLoadError() { return g_lastLoadError; }
 
 }  // namespace qvnrt::platform
+
+const char* qvnrt::LastDriverLoadError() { return qvnrt::platform::g_lastLoadError.c_str(); }

@@ -62,14 +62,14 @@ void PollSource::Signal() {
     [[maybe_unused]] const ssize_t written = ::write(m_event, &one, sizeof one);
 }
 
-void PollSource::Drain() {
-    uint64_t count = 0;
-    if (m_timer >= 0) {
-        [[maybe_unused]] const ssize_t got = ::read(m_timer, &count, sizeof count);
-    }
+uint64_t PollSource::Drain() {
+    uint64_t ticks = 0;
+    if (m_timer >= 0 && ::read(m_timer, &ticks, sizeof ticks) != sizeof ticks) ticks = 0;
     if (m_event >= 0) {
+        uint64_t count = 0;
         [[maybe_unused]] const ssize_t got = ::read(m_event, &count, sizeof count);
     }
+    return ticks;
 }
 
 }  // namespace qvnsim

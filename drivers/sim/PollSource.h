@@ -3,6 +3,8 @@
 // when either is.
 #pragma once
 
+#include <cstdint>
+
 namespace qvnsim {
 
 class PollSource {
@@ -17,8 +19,9 @@ public:
     // Ticks every `intervalMs` milliseconds; 0 stops the timer.
     void Arm(int intervalMs);
     void Signal();
-    // Empties both, so that the descriptor is readable again only for new work.
-    void Drain();
+    // Empties both, so that the descriptor is readable again only for new work. Returns how
+    // often the timer ticked since the last drain.
+    uint64_t Drain();
 
 private:
     int m_epoll = -1;

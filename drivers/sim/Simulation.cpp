@@ -148,6 +148,7 @@ void Simulation::Close() {
     ++m_generation;
     m_poll.Arm(0);
     m_poll.Drain();
+    m_timerTicked = false;
 }
 
 int Simulation::PollFd() {
@@ -231,7 +232,7 @@ void Simulation::Dispatch() {
     // A callback that runs a loop of its own may land here again; the outer pass finishes
     // the work, and the inner one only quiets the descriptor.
     if (m_inDispatch) {
-        m_poll.Drain();
+        m_timerTicked |= m_poll.Drain() > 0;
         return;
     }
     m_inDispatch = true;
@@ -240,7 +241,7 @@ void Simulation::Dispatch() {
         ~Reset() { flag = false; }
     } reset{m_inDispatch};
 
-    m_poll.Drain();
+    m_timerTicked |= m_poll.Drain() > 0;
     if (!m_world) return;
     DeliverEvents();
     if (!Accepting()) return;
@@ -255,7 +256,16 @@ void Simulation::Dispatch() {
         if (!request->Closed() && !request->Continues()) Forget(request);
     }
 
+    // The descriptor is also readable when answers wait, and each answer can bring another
+    // dispatch: on a timer, only its tick moves the clock, so the simulated time per wall
+    // second stays what the settings say however often the library dispatches. A late tick
+    // (or several) still moves one step: the clock never catches up in a burst.
     World& world = *m_world;
+    if (world.config.speedMs > 0 && !m_timerTicked) {
+        if (!m_unanswered.empty() || !m_events.empty()) m_poll.Signal();
+        return;
+    }
+    m_timerTicked = false;
     const int64_t from = world.now;
     world.now += world.config.stepSeconds;
     ++world.steps;

@@ -116,6 +116,7 @@ private:
     long m_stepsSinceOpen = 0;
     uint32_t m_nextHandle = 1000;
     bool m_inDispatch = false;
+    bool m_timerTicked = false;  // since the last step
     std::map<uint32_t, std::shared_ptr<Request>> m_requests;
     std::deque<std::shared_ptr<Request>> m_unanswered;
     std::deque<NetEvent> m_events;

@@ -130,4 +130,11 @@ public:
 // Installs a clock and returns the previous one; null restores the system clock.
 QVNRT_API Clock* SetClock(Clock* clock);
 
+// ---- Diagnostics --------------------------------------------------------------------------
+
+// Why the latest attempt to load a driver failed, in the loader's words (dlerror: the path
+// tried and the reason); empty after a load that succeeded. The text is the library's and
+// stays valid until the next load; main-loop thread only.
+QVNRT_API const char* LastDriverLoadError();
+
 }  // namespace qvnrt

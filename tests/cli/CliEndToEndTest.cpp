@@ -1,98 +1,300 @@
-// qvnrt-cli against the simulation driver: quotes stream and print, and after the
-// connection has ended the cache serves the same fields.
-#include <cstdio>
+// qvnrt-cli against the simulation driver, run as a user runs it: its command line and exit
+// status, its rows on a pipe and on a terminal, and the cache it leaves behind.
+#include <filesystem>
 #include <map>
+#include <regex>
 #include <sstream>
 #include <string>
+#include <vector>
 
 #include <gtest/gtest.h>
 
+#include "cli/CliRunner.h"
 #include "support/TempDir.h"
 
+namespace qvnrt::test {
 namespace {
 
-struct CliRun {
-    int status = -1;
-    std::string output;
-};
+using Lines = std::vector<std::string>;
+
+// The simulation's quotes start at 10:00 New York time; with the machine's clock on New York
+// time too, quotes read the same online (exchange time) and offline (machine time).
+const std::string kNewYork = "TZ=EST5EDT,M3.2.0,M11.1.0";
+
+Lines SplitLines(const std::string& text) {
+    Lines lines;
+    std::istringstream in(text);
+    for (std::string line; std::getline(in, line);) {
+        if (!line.empty() && line.back() == '\r') line.pop_back();
+        lines.push_back(line);
+    }
+    return lines;
+}
+
+// CSV rows (none of the fields below is quoted) by their first field, header left out.
+std::map<std::string, Lines> CsvRows(const std::string& text) {
+    std::map<std::string, Lines> rows;
+    for (const std::string& line : SplitLines(text)) {
+        Lines fields;
+        std::istringstream in(line);
+        for (std::string field; std::getline(in, field, ',');) fields.push_back(field);
+        if (!fields.empty() && fields[0] != "SYMBOL") rows[fields[0]] = fields;
+    }
+    return rows;
+}
 
 class CliEndToEnd : public ::testing::Test {
 protected:
-    // Runs the program in a directory of the test's (where its cache goes), with a
-    // configuration of its own and the given simulation settings. The output holds standard
-    // output, and standard error too when asked.
-    CliRun Cli(const std::string& arguments, const qvnrt::test::TempDir& directory,
-               const std::string& simulation = "QVNSIM_SEED=7", bool withErrors = false) {
-        const std::string command = "cd '" + directory.path() + "' && QVNRT_HOME='" +
-                                    home.path() + "' " + simulation + " '" QVNRT_CLI_PATH "' " +
-                                    arguments + (withErrors ? " 2>&1" : " 2>/dev/null");
-        CliRun run;
-        FILE* pipe = ::popen(command.c_str(), "r");
-        if (!pipe) return run;
-        char buffer[4096];
-        for (size_t got; (got = std::fread(buffer, 1, sizeof(buffer), pipe)) > 0;) {
-            run.output.append(buffer, got);
-        }
-        run.status = ::pclose(pipe);
-        return run;
+    CliEnvironment Environment(std::vector<std::string> variables = {}) const {
+        variables.insert(variables.begin(), {"QVNSIM_SEED=7", kNewYork});
+        return {work.path(), home.path(), variables};
     }
 
-    // The board's rows by symbol.
-    static std::map<std::string, std::string> Rows(const std::string& output) {
-        std::map<std::string, std::string> rows;
-        std::istringstream lines(output);
-        for (std::string line; std::getline(lines, line);) {
-            const std::string symbol = line.substr(0, line.find(' '));
-            if (!symbol.empty() && symbol != "SYMBOL") rows[symbol] = line;
-        }
-        return rows;
-    }
-
-    qvnrt::test::TempDir work;
-    qvnrt::test::TempDir home;
+    TempDir work;
+    TempDir home;
 };
 
-TEST_F(CliEndToEnd, QuotesStreamAndTheCacheServesThemOffline) {
-    const CliRun quotes = Cli("quotes ACME EURUSD UST10Y --seconds 2", work);
-    ASSERT_EQ(0, quotes.status) << quotes.output;
-    const auto live = Rows(quotes.output);
-    ASSERT_EQ(3u, live.size()) << quotes.output;
-    for (const auto& [symbol, row] : live) {
-        EXPECT_EQ(std::string::npos, row.find(" - ")) << "a field is missing: " << row;
+// ---- The command line --------------------------------------------------------------------
+
+struct UsageCase {
+    std::string name;
+    std::vector<std::string> arguments;
+    int status;
+    bool onStandardOutput;  // else on standard error, with nothing on standard output
+    std::string shown;      // a text that the output must hold
+};
+
+void PrintTo(const UsageCase& usage, std::ostream* out) {
+    *out << usage.name;
+}
+
+class CliUsage : public CliEndToEnd, public ::testing::WithParamInterface<UsageCase> {};
+
+TEST_P(CliUsage, ExitStatusAndStream) {
+    const UsageCase& expected = GetParam();
+    const CliResult run = RunCli(expected.arguments, Environment());
+    EXPECT_EQ(expected.status, run.status) << run.err;
+    const std::string& shownOn = expected.onStandardOutput ? run.out : run.err;
+    EXPECT_NE(std::string::npos, shownOn.find(expected.shown)) << run.out << run.err;
+    EXPECT_TRUE(expected.onStandardOutput ? run.err.empty() : run.out.empty());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    CommandLine, CliUsage,
+    ::testing::Values(
+        UsageCase{"Help", {"--help"}, 0, true, "Exit status:"},
+        UsageCase{"Version", {"--version"}, 0, true, "qvnrt-cli "},
+        UsageCase{"CommandHelp", {"quotes", "--help"}, 0, true, "--seconds"},
+        UsageCase{"NoCommand", {}, 2, false, "subcommand is required"},
+        UsageCase{"UnknownCommand", {"quotez", "ACME"}, 2, false, "unknown command 'quotez'"},
+        UsageCase{"UnknownOption", {"--frob", "info"}, 2, false, "--frob"},
+        UsageCase{"StrayArgument", {"info", "stray"}, 2, false, "stray"},
+        UsageCase{"MissingSymbol", {"quotes"}, 2, false, "SYMBOL is required"},
+        UsageCase{"NegativeSeconds", {"quotes", "ACME", "--seconds", "-1"}, 2, false,
+                  "--seconds"},
+        UsageCase{"UnknownFormat", {"snapshot", "ACME", "--format", "xml"}, 2, false, "xml"},
+        UsageCase{"OfflineExchanges", {"--offline", "exchanges"}, 2, false, "--offline"}),
+    [](const auto& info) { return info.param.name; });
+
+// ---- What was delivered, and the status that says so -------------------------------------
+
+struct OutcomeCase {
+    std::string name;
+    std::vector<std::string> arguments;
+    std::vector<std::string> simulation;
+    int status;
+    std::vector<std::string> told;  // texts that standard error must hold
+};
+
+void PrintTo(const OutcomeCase& outcome, std::ostream* out) {
+    *out << outcome.name;
+}
+
+class CliOutcome : public CliEndToEnd, public ::testing::WithParamInterface<OutcomeCase> {};
+
+TEST_P(CliOutcome, StatusAndReason) {
+    const OutcomeCase& expected = GetParam();
+    work.write("not-a-directory", "");
+    const CliResult run = RunCli(expected.arguments, Environment(expected.simulation));
+    EXPECT_EQ(expected.status, run.status) << run.err;
+    for (const std::string& text : expected.told) {
+        EXPECT_NE(std::string::npos, run.err.find(text)) << run.err;
     }
-    EXPECT_NE(std::string::npos, live.at("UST10Y").find("/32")) << "bonds show 32nds";
-
-    // The connection is gone (the program disconnected at its end); the cache remains.
-    const CliRun offline = Cli("snapshot ACME EURUSD UST10Y --offline", work);
-    ASSERT_EQ(0, offline.status) << offline.output;
-    EXPECT_EQ(live, Rows(offline.output));
+    if (expected.told.empty()) {
+        EXPECT_EQ("", run.err);
+    }
 }
 
-TEST_F(CliEndToEnd, UnknownSymbolsAndMissingDriversAreReported) {
-    const CliRun unknown = Cli("snapshot NOSUCH", work);
-    EXPECT_NE(0, unknown.status);
-    EXPECT_NE(std::string::npos, unknown.output.find("NOSUCH  unknown symbol"));
+INSTANTIATE_TEST_SUITE_P(
+    Outcomes, CliOutcome,
+    ::testing::Values(
+        OutcomeCase{"AllKnown", {"snapshot", "ACME", "$USX"}, {}, 0, {}},
+        OutcomeCase{"OneUnknown", {"snapshot", "ACME", "NOSUCH"}, {}, 1,
+                    {"NOSUCH: unknown symbol"}},
+        OutcomeCase{"UnknownWhileStreaming",
+                    {"quotes", "NOSUCH", "ACME", "--seconds", "1"}, {}, 1, {"NOSUCH: unknown"}},
+        OutcomeCase{"NotCached", {"--offline", "snapshot", "ACME"}, {}, 1,
+                    {"ACME: not in the cache"}},
+        OutcomeCase{"NoDriver",
+                    {"--driver", "/no/such/driver.so", "snapshot", "ACME"}, {}, 1,
+                    {"/no/such/driver.so", "No such file", "showing the cache instead"}},
+        OutcomeCase{"Refused", {"quotes", "ACME", "--seconds", "1"}, {"QVNSIM_CONNECT=refuse"},
+                    1, {"refused"}},
+        OutcomeCase{"CacheNotADirectory",
+                    {"--cache", "not-a-directory/cache", "snapshot", "ACME"}, {}, 1,
+                    {"cache directory not-a-directory/cache: Not a directory"}},
+        OutcomeCase{"Info", {"info"}, {}, 0, {}}),
+    [](const auto& info) { return info.param.name; });
 
-    const CliRun noDriver = Cli("--driver /no/such/driver.so quotes ACME --seconds 1", work);
-    EXPECT_NE(0, noDriver.status);
-    EXPECT_EQ(std::string::npos, noDriver.output.find("ACME"));
-
-    const CliRun refused =
-        Cli("quotes ACME --seconds 1", work, "QVNSIM_SEED=7 QVNSIM_CONNECT=refuse", true);
-    EXPECT_NE(0, refused.status);
-    EXPECT_NE(std::string::npos, refused.output.find("the driver refused to connect"));
+TEST_F(CliEndToEnd, InfoNamesTheFileTheDriverCameFrom) {
+    const CliResult run = RunCli({"info"}, Environment());
+    ASSERT_EQ(0, run.status);
+    EXPECT_NE(std::string::npos, run.out.find("/Client.DLL")) << run.out;
+    EXPECT_NE(std::string::npos, run.out.find("libqvnsim.so")) << run.out;
 }
 
-TEST_F(CliEndToEnd, TheSimulationIsTheSameForTheSameSeed) {
-    // Each run has a fresh cache, so both ask the driver; the simulation moves only when the
-    // library dispatches it, so wall-clock timing cannot change what it sends.
-    qvnrt::test::TempDir other;
-    const std::string settings = "QVNSIM_SEED=11 QVNSIM_SPEED_MS=0";
-    const CliRun first = Cli("snapshot ACME GBPUSD @OIL", work, settings);
-    const CliRun second = Cli("snapshot ACME GBPUSD @OIL", other, settings);
-    ASSERT_EQ(0, first.status);
-    EXPECT_EQ(first.output, second.output);
-    EXPECT_EQ(3u, Rows(first.output).size());
+// ---- Rows on a pipe ----------------------------------------------------------------------
+
+TEST_F(CliEndToEnd, CsvStreamsThroughAPipeBeforeTheEndAndCtrlCEndsCleanly) {
+    CliProcess quotes({"quotes", "ACME", "$USX", "--format", "csv"}, Environment());
+    std::string header, row;
+    ASSERT_TRUE(quotes.ReadLine(header, std::chrono::seconds(20)));
+    EXPECT_EQ("SYMBOL,LAST,CHANGE,BID,ASK,VOLUME,DATE,TIME,NAME", header);
+    ASSERT_TRUE(quotes.ReadLine(row, std::chrono::seconds(20)));
+    EXPECT_TRUE(quotes.Running()) << "the row came before the program ended";
+    EXPECT_EQ(0, quotes.Interrupt());
 }
+
+TEST_F(CliEndToEnd, QuotesStreamAndTheCacheServesThemOffline) {
+    const CliResult live = RunCli({"quotes", "ACME", "UST10Y", "$USX", "--seconds", "2",
+                                   "--format", "csv"}, Environment());
+    ASSERT_EQ(0, live.status) << live.err;
+    const auto rows = CsvRows(live.out);  // the last row of each symbol
+    ASSERT_EQ(3u, rows.size()) << live.out;
+    EXPECT_NE(std::string::npos, rows.at("UST10Y")[1].find("/32")) << "bonds show 32nds";
+    const Lines& index = rows.at("$USX");
+    EXPECT_EQ("", index[3] + index[4] + index[5]) << "an index has no bid, ask or volume";
+    EXPECT_FALSE(index[1].empty());
+    EXPECT_TRUE(std::regex_match(rows.at("ACME")[6] + " " + rows.at("ACME")[7],
+                                 std::regex(R"(2024-06-11 10:\d\d:\d\d)")))
+        << "the date with the time, in New York";
+
+    const CliResult offline =
+        RunCli({"--offline", "snapshot", "ACME", "UST10Y", "$USX", "--format", "csv"},
+               Environment());
+    ASSERT_EQ(0, offline.status) << offline.err;
+    EXPECT_EQ(rows, CsvRows(offline.out));
+}
+
+TEST_F(CliEndToEnd, JsonLinesCarryEveryColumnAndNullForWhatIsMissing) {
+    const CliResult run = RunCli({"snapshot", "$USX", "--format", "json"}, Environment());
+    ASSERT_EQ(0, run.status) << run.err;
+    const Lines lines = SplitLines(run.out);
+    ASSERT_EQ(1u, lines.size()) << run.out;
+    EXPECT_TRUE(std::regex_match(lines[0], std::regex(R"(\{"symbol":"\$USX","last":"[0-9.]+",)"
+                                                      R"("change":"[-+0-9.]+","bid":null,)"
+                                                      R"("ask":null,"volume":null,.*\})")))
+        << lines[0];
+}
+
+TEST_F(CliEndToEnd, ASixtySecondStepKeepsItsPace) {
+    // At the default 250 ms a step, two seconds are about eight steps of a simulated minute.
+    const CliResult run = RunCli({"quotes", "ACME", "--seconds", "2", "--format", "csv"},
+                                 Environment({"QVNSIM_STEP_SECONDS=60"}));
+    ASSERT_EQ(0, run.status) << run.err;
+    const auto rows = CsvRows(run.out);
+    ASSERT_EQ(1u, rows.count("ACME")) << run.out;
+    const Lines& last = rows.at("ACME");
+    const int minutes = std::stoi(last[7].substr(0, 2)) * 60 + std::stoi(last[7].substr(3, 2));
+    EXPECT_GT(minutes, 10 * 60) << "the clock moved";
+    EXPECT_LE(minutes, 10 * 60 + 12) << "the clock ran away: " << last[7];
+}
+
+TEST_F(CliEndToEnd, TheDemoRemovesItsTemporaryConfiguration) {
+    TempDir temporary;
+    CliEnvironment environment = Environment({"TMPDIR=" + temporary.path()});
+    environment.home.clear();  // the demo makes its own
+    const CliResult run = RunCli({"demo", "--seconds", "1", "--format", "csv"}, environment);
+    ASSERT_EQ(0, run.status) << run.err;
+    EXPECT_NE(std::string::npos, run.out.find("UST10Y,")) << run.out;
+    EXPECT_TRUE(std::filesystem::is_empty(temporary.path()));
+}
+
+// ---- The board on a terminal -------------------------------------------------------------
+
+// Visible text: escape sequences left out.
+std::string Visible(const std::string& text) {
+    return std::regex_replace(text, std::regex("\x1b\\[[0-9;?]*[A-Za-z]"), "");
+}
+
+struct BoardCase {
+    int columns;
+    std::vector<std::string> options;
+    bool colour;
+    bool dated;  // wide enough for the date column
+};
+
+void PrintTo(const BoardCase& board, std::ostream* out) {
+    *out << board.columns << " columns";
+}
+
+class CliBoard : public CliEndToEnd, public ::testing::WithParamInterface<BoardCase> {};
+
+TEST_P(CliBoard, FitsTheTerminalAndRestoresIt) {
+    const BoardCase& board = GetParam();
+    std::vector<std::string> arguments = {"demo", "--seconds", "2"};
+    arguments.insert(arguments.end(), board.options.begin(), board.options.end());
+    const CliResult run =
+        RunCliInTerminal(arguments, Environment({"TERM=xterm"}), board.columns, 24);
+    ASSERT_EQ(0, run.status) << run.out;
+    const Lines lines = SplitLines(Visible(run.out));
+    int boardRows = 0;
+    for (const std::string& line : lines) {
+        EXPECT_LE(static_cast<int>(line.size()), board.columns) << line;
+        if (line.rfind("UST10Y", 0) == 0) ++boardRows;
+    }
+    EXPECT_GE(boardRows, 2) << "the board was drawn, then drawn again";
+    EXPECT_EQ(board.dated, run.out.find("2024-06-11 10:") != std::string::npos);
+    EXPECT_EQ(board.colour, run.out.find("\x1b[32m") != std::string::npos ||
+                                run.out.find("\x1b[31m") != std::string::npos);
+    EXPECT_NE(std::string::npos, run.out.rfind("\x1b[?25h")) << "the cursor is back";
+}
+
+// The last drawing of the board: what follows the last "clear to the end of the screen".
+Lines LastDrawing(const std::string& output) {
+    const size_t start = output.rfind("\x1b[J");
+    return SplitLines(Visible(output.substr(start == std::string::npos ? 0 : start)));
+}
+
+TEST_F(CliEndToEnd, TheBoardFollowsAResize) {
+    const CliResult run = RunCliInTerminal(
+        {"quotes", "ACME", "UST10Y", "--seconds", "2"}, Environment({"TERM=xterm"}), 132, 24,
+        {std::chrono::milliseconds(800), [](int master) { ResizeTerminal(master, 50, 24); }});
+    ASSERT_EQ(0, run.status) << run.out;
+    const Lines last = LastDrawing(run.out);
+    ASSERT_GE(last.size(), 3u);
+    for (const std::string& line : last) EXPECT_LE(line.size(), 50u) << line;
+}
+
+TEST_F(CliEndToEnd, CtrlCEndsTheBoardAndLeavesTheTerminalClean) {
+    const CliResult run = RunCliInTerminal(
+        {"quotes", "ACME", "UST10Y"}, Environment({"TERM=xterm"}), 80, 24,
+        {std::chrono::milliseconds(800), TypeCtrlC});
+    EXPECT_EQ(0, run.status) << run.out;
+    EXPECT_EQ(std::string::npos, run.out.find("^C")) << "no echo inside the board";
+    const Lines last = LastDrawing(run.out);
+    ASSERT_GE(last.size(), 3u) << run.out;
+    EXPECT_EQ(0u, last[1].rfind("SYMBOL", 0)) << last[1];
+    EXPECT_NE(std::string::npos, run.out.rfind("\x1b[?25h")) << "the cursor is back";
+}
+
+INSTANTIATE_TEST_SUITE_P(Widths, CliBoard,
+                         ::testing::Values(BoardCase{80, {}, true, true},
+                                           BoardCase{60, {"--no-color"}, false, false},
+                                           BoardCase{132, {}, true, true}),
+                         [](const auto& info) {
+                             return "Columns" + std::to_string(info.param.columns);
+                         });
 
 }  // namespace
+}  // namespace qvnrt::test

@@ -4,6 +4,7 @@
 #include <stdlib.h>
 #include <unistd.h>
 
+#include <chrono>
 #include <set>
 #include <string>
 
@@ -227,6 +228,30 @@ TEST(SimDispatch, PollDescriptorIsReadableExactlyWhileWorkWaits) {
     paced.Dispatch();
     usleep(30000);
     EXPECT_TRUE(Readable(paced.pollFd())) << "the step timer ticks";
+}
+
+TEST(SimDispatch, APacedClockNeverOutrunsItsTimerHoweverOftenItIsDispatched) {
+    // Streaming quotes keep answers waiting, so the descriptor is readable far more often
+    // than the timer ticks; only ticks may move the clock.
+    SimDriver sim("step_seconds=60");  // at the default pace of 250 ms a step
+    sim.Connect();
+    const long start = sim.now();
+    sim.Quotes(std::string("ACME\0BLTN\0EURUSD\0$USX\0", 23), 4, DefaultFields(), true);
+    const auto began = std::chrono::steady_clock::now();
+    long dispatches = 0;
+    while (std::chrono::steady_clock::now() - began < std::chrono::milliseconds(800)) {
+        pollfd ready{sim.pollFd(), POLLIN, 0};
+        if (::poll(&ready, 1, 10) > 0) {
+            sim.Dispatch();
+            ++dispatches;
+        }
+    }
+    const auto elapsedMs = std::chrono::duration_cast<std::chrono::milliseconds>(
+                               std::chrono::steady_clock::now() - began)
+                               .count();
+    const long steps = (sim.now() - start) / 60;
+    EXPECT_GE(steps, 1) << "the timer moved the clock";
+    EXPECT_LE(steps, elapsedMs / 250 + 1) << dispatches << " dispatches";
 }
 
 TEST(SimDispatch, ARequestClosedBeforeItsAnswerIsNeverAnswered) {
