@@ -167,3 +167,10 @@ bool SetRTSecChangeInfo(long timestamp, int count, RTSecChange* changes) {
 std::pair<RTSecChange*, RTSecChange*> GetRTSecChangeInfo(const char* symbol, unsigned long time) {
     return RTSecCache::Store().changeDB().find(symbol, time);
 }
+
+std::pair<RTSecChange*, RTSecChange*> GetRTSecChangeRecords() {
+    RTSecCache::RTSecChangeDB& db = RTSecCache::Store().changeDB();
+    if (!db.usable()) return {nullptr, nullptr};
+    const std::span<RTSecChange> all = db.records();
+    return {all.data(), all.data() + all.size()};
+}

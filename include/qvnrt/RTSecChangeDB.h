@@ -35,3 +35,9 @@ QVNRT_API bool SetRTSecChangeInfo(long timestamp, int count, RTSecChange* change
 /// only until the next SetRTSecChangeInfo, which may move the view. The library owns them.
 QVNRT_API std::pair<RTSecChange*, RTSecChange*> GetRTSecChangeInfo(const char* symbol,
                                                                    unsigned long time);
+
+/// Every stored change, [first, second), sorted; both null without a usable view. An
+/// addition of this port, for tools that list the whole file (qvnrt-cli changes): the
+/// original interface reached the records only symbol by symbol. The same lifetime as
+/// GetRTSecChangeInfo's records.
+QVNRT_API std::pair<RTSecChange*, RTSecChange*> GetRTSecChangeRecords();
