@@ -4,6 +4,8 @@
 #   make check  installs what is missing, checks that every include goes down the layers,
 #               builds, and runs every test, first in the plain build, then with
 #               AddressSanitizer and UndefinedBehaviorSanitizer
+#   make coverage   (not part of check) builds with gcov instrumentation, runs every test
+#               and prints line and branch coverage of the library's folders
 # Both are safe to run again.
 #   make package  builds the Debian package (cpack) in the build directory
 #   make docs     builds the API reference with Doxygen, when it is installed
@@ -13,10 +15,11 @@ JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 BUILD ?= build
 SANITIZE_BUILD ?= build-sanitize
 PACKAGE_BUILD ?= build-package
+COVERAGE_BUILD ?= build-coverage
 PACKAGES := build-essential cmake pkg-config libgtest-dev libgmock-dev libbenchmark-dev \
-            libcli11-dev tzdata
+            libcli11-dev tzdata gcovr
 
-.PHONY: all deps build build-sanitize check layers test test-sanitize demo bench package docs clean
+.PHONY: all deps build build-sanitize check layers test test-sanitize coverage demo bench package docs clean
 
 all: build
 
@@ -57,6 +60,19 @@ layers:
 
 check: layers test test-sanitize
 
+# Tests, drivers, the program and the benchmarks are users of the library, not what is measured.
+$(COVERAGE_BUILD)/CMakeCache.txt: | deps
+	cmake -S . -B $(COVERAGE_BUILD) -DCMAKE_BUILD_TYPE=Debug -DQVNRT_COVERAGE=ON -DQVNRT_BUILD_BENCH=OFF
+
+coverage: deps $(COVERAGE_BUILD)/CMakeCache.txt
+	cmake --build $(COVERAGE_BUILD) -j $(JOBS)
+	find $(COVERAGE_BUILD) -name '*.gcda' -delete
+	cd $(COVERAGE_BUILD) && ctest --no-tests=error -j $(JOBS) --output-on-failure
+	gcovr --root . --object-directory $(COVERAGE_BUILD) \
+	  --exclude 'tests/' --exclude 'drivers/' --exclude 'bench/' --exclude 'cli/' \
+	  --exclude 'examples/' --exclude '$(COVERAGE_BUILD)/' --exclude-unreachable-branches \
+	  --exclude-throw-branches --print-summary --txt $(COVERAGE_BUILD)/coverage.txt
+
 # The demo needs only the library, the simulation driver and the program, not the tests.
 demo: deps $(BUILD)/CMakeCache.txt
 	cmake --build $(BUILD) -j $(JOBS) --target qvnrt qvnsim qvnrt-cli
@@ -84,4 +100,4 @@ docs:
 	@echo "API reference: $(BUILD)/docs/html/index.html"
 
 clean:
-	rm -rf $(BUILD) $(SANITIZE_BUILD) $(PACKAGE_BUILD)
+	rm -rf $(BUILD) $(SANITIZE_BUILD) $(PACKAGE_BUILD) $(COVERAGE_BUILD)

@@ -1,15 +1,12 @@
 #include "calendar/DateLog.h"
 
-#include <fcntl.h>
-#include <sys/file.h>
-#include <unistd.h>
 #include <algorithm>
-#include <cerrno>
 #include <cstdarg>
 #include <cstdio>
 #include <cstring>
 #include <string>
 
+#include "platform/AppendFile.h"
 #include "platform/Directories.h"
 
 namespace qvnrt::calendar {
@@ -18,7 +15,7 @@ namespace {
 struct DateLogState {
     bool enabled = false;
     bool holdOpen = false;
-    int fd = -1;
+    platform::AppendFile file;
 };
 
 DateLogState& State() {
@@ -26,25 +23,11 @@ DateLogState& State() {
     return state;
 }
 
-void CloseLog(DateLogState& state) {
-    if (state.fd < 0) return;
-    ::close(state.fd);  // releases the flock too
-    state.fd = -1;
-}
-
 bool OpenLog(DateLogState& state) {
     const std::string directory = platform::ConfigDirectory();
     if (directory.empty()) return false;
-    const std::string path = platform::JoinPath(directory, "DATE.LOG");
-    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
-    if (fd < 0) return false;
     // Others are denied writing while it is open, as the share mode did.
-    if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
-        ::close(fd);
-        return false;
-    }
-    state.fd = fd;
-    return true;
+    return state.file.open(platform::JoinPath(directory, "DATE.LOG"));
 }
 
 }  // namespace
@@ -59,17 +42,9 @@ void enableDateLog() {
 
 void writeDateLog(const char* text, size_t length) {
     DateLogState& state = State();
-    if (!text || (state.fd < 0 && !OpenLog(state))) return;  // the text is dropped
-    while (length > 0) {
-        const ssize_t written = ::write(state.fd, text, length);
-        if (written < 0) {
-            if (errno == EINTR) continue;
-            break;
-        }
-        text += written;
-        length -= static_cast<size_t>(written);
-    }
-    if (!state.holdOpen) CloseLog(state);
+    if (!text || (!state.file.isOpen() && !OpenLog(state))) return;  // the text is dropped
+    state.file.write(text, length);
+    if (!state.holdOpen) state.file.close();
 }
 
 void writeDateLog(const char* text) {
@@ -89,7 +64,7 @@ void writeDateLogFormat(const char* format, ...) {
 void setDateLogHoldOpen(bool hold) {
     DateLogState& state = State();
     state.holdOpen = hold;
-    if (!hold) CloseLog(state);
+    if (!hold) state.file.close();
 }
 
 }  // namespace qvnrt::calendar

@@ -6,7 +6,8 @@
 
 #include "calendar/DateLog.h"
 #include "calendar/DayMask.h"
-#include "calendar/SessionRules.h"
+#include "calendar/PeriodWalk.h"
+#include "calendar/SessionTable.h"
 
 namespace {
 
@@ -44,15 +45,17 @@ uint32_t BarEdge(uint32_t value, uint32_t start, int weight) {
 
 }  // namespace
 
+namespace qvnrt::calendar {
+
 // ---- From session to session ------------------------------------------------------------
 
-bool Date::previousSession(int& session, int crossover, const SESSION_INFO* info,
-                           const HOLIDAYS_INFO* holidays, bool skipFirst, uint8_t zone) {
+bool PeriodWalk::previousSession(int& session, int crossover, const SESSION_INFO* info,
+                                 const HOLIDAYS_INFO* holidays, bool skipFirst, uint8_t zone) {
     uint32_t month, day, year, hour, minute, second;
-    getMDYHMS(month, day, year, hour, minute, second, zone);
+    m_date.getMDYHMS(month, day, year, hour, minute, second, zone);
     sessionStart(month, day, year, hour, minute, info, session, crossover, zone);
-    getMDYHMS(month, day, year, hour, minute, second, zone);
-    int weekday = static_cast<int>(dayOfWeek(zone));
+    m_date.getMDYHMS(month, day, year, hour, minute, second, zone);
+    int weekday = static_cast<int>(m_date.dayOfWeek(zone));
     const bool sameDay = isSameDay(info);
     const HOLIDAY_ROW* row = nullptr;
     int tradeDay = 0;
@@ -65,8 +68,8 @@ bool Date::previousSession(int& session, int crossover, const SESSION_INFO* info
         if (!skipFirst) {
             // Rows are met going back, so each test reads them afresh.
             int index = holidays ? firstRowFrom(holidays, month, day, year) : 0;
-            live = sessionCounts(month, day, year, hour, minute, crossover, info, session,
-                                 tradeDay, holidays, index, row);
+            live = sessionCounts(month, day, year, hour, minute, crossover, info, session, tradeDay,
+                                 holidays, index, row);
         }
         skipFirst = false;
         if (live) break;
@@ -83,18 +86,18 @@ bool Date::previousSession(int& session, int crossover, const SESSION_INFO* info
         minute = minuteOf(start);
     }
     sessionEnd(month, day, year, info, session, row, crossover, tradeDay == weekday, zone);
-    m_value -= 1;
+    m_date.m_value -= 1;
     return true;
 }
 
-bool Date::nextSession(int& session, int crossover, const SESSION_INFO* info,
-                       const HOLIDAYS_INFO* holidays, int& index, uint8_t zone,
-                       const HOLIDAY_ROW** foundRow) {
+bool PeriodWalk::nextSession(int& session, int crossover, const SESSION_INFO* info,
+                             const HOLIDAYS_INFO* holidays, int& index, uint8_t zone,
+                             const HOLIDAY_ROW** foundRow) {
     uint32_t month, day, year, hour, minute, second;
-    getMDYHMS(month, day, year, hour, minute, second, zone);
+    m_date.getMDYHMS(month, day, year, hour, minute, second, zone);
     sessionStart(month, day, year, hour, minute, info, session, crossover, zone);
-    getMDYHMS(month, day, year, hour, minute, second, zone);
-    int weekday = static_cast<int>(dayOfWeek(zone));
+    m_date.getMDYHMS(month, day, year, hour, minute, second, zone);
+    int weekday = static_cast<int>(m_date.dayOfWeek(zone));
     const bool sameDay = isSameDay(info);
     const HOLIDAY_ROW* row = nullptr;
     if (holidays) index = std::max(index, firstRowFrom(holidays, month, day, year));
@@ -127,15 +130,16 @@ bool Date::nextSession(int& session, int crossover, const SESSION_INFO* info,
 // Steps 1 to 4 of both edges: the session that holds the instant by the clock, the
 // crossover, the instant's fields, and whether the session is live: on a trading day that no
 // holiday closes, and, on a shortened day, before the new end. Writes the opening log line.
-bool Date::placeInPeriod(const char* edge, int weight, const SESSION_INFO* info,
-                         const HOLIDAYS_INFO* holidays, uint8_t zone, PeriodPlace& place) {
+bool PeriodWalk::placeInPeriod(const char* edge, int weight, const SESSION_INFO* info,
+                               const HOLIDAYS_INFO* holidays, uint8_t zone, PeriodPlace& place) {
     if (dateLogEnabled()) writeDateLogFormat("%s newBarWeight %d\r\n", edge, weight);
     place.live = true;
     place.session = findSession(info, place.live, zone);
     if (place.session < 0) return false;
     if (!usableCrossover(info, place.crossover)) return false;
-    getMDYHMS(place.month, place.day, place.year, place.hour, place.minute, place.second, zone);
-    place.weekday = static_cast<int>(dayOfWeek(zone));
+    m_date.getMDYHMS(place.month, place.day, place.year, place.hour, place.minute, place.second,
+                     zone);
+    place.weekday = static_cast<int>(m_date.dayOfWeek(zone));
     place.skipFirst = false;
     place.row = nullptr;
     if (!place.live) return true;
@@ -143,9 +147,9 @@ bool Date::placeInPeriod(const char* edge, int weight, const SESSION_INFO* info,
     const int tradeDay = tradeDayOf(place.weekday, place.session, place.crossover, info,
                                     static_cast<int>(place.hour), static_cast<int>(place.minute));
     int index = holidays ? firstRowFrom(holidays, place.month, place.day, place.year) : 0;
-    place.live = sessionCounts(place.month, place.day, place.year, place.hour, place.minute,
-                               place.crossover, info, place.session, tradeDay, holidays, index,
-                               place.row);
+    place.live =
+        sessionCounts(place.month, place.day, place.year, place.hour, place.minute, place.crossover,
+                      info, place.session, tradeDay, holidays, index, place.row);
     if (place.live && place.row) {
         // Shortened: the time may lie after the new end, in the gap that follows it.
         SESSION_INFO shortened = *info;
@@ -157,35 +161,35 @@ bool Date::placeInPeriod(const char* edge, int weight, const SESSION_INFO* info,
     return true;
 }
 
-bool Date::firstSecondOfPeriod(int weight, const SESSION_INFO* info, const HOLIDAYS_INFO* holidays,
-                               uint8_t zone) {
-    if (m_value < 2) return false;
+bool PeriodWalk::firstSecondOfPeriod(int weight, const SESSION_INFO* info,
+                                     const HOLIDAYS_INFO* holidays, uint8_t zone) {
+    if (m_date.m_value < 2) return false;
     zone = resolvedZone(zone);
     PeriodPlace place;
     if (!placeInPeriod("setToFirstSecondOfPeriod", weight, info, holidays, zone, place)) {
         return false;
     }
     if (!place.live) {
-        const uint32_t before = m_value;
+        const uint32_t before = m_date.m_value;
         if (!previousSession(place.session, place.crossover, info, holidays, place.skipFirst,
                              zone)) {
-            m_value = before;  // no live session anywhere: left as it was
+            m_date.m_value = before;  // no live session anywhere: left as it was
             return false;
         }
-        getMDYHMS(place.month, place.day, place.year, place.hour, place.minute, place.second,
-                  zone);
+        m_date.getMDYHMS(place.month, place.day, place.year, place.hour, place.minute, place.second,
+                         zone);
     }
-    Date start(*this);
-    start.sessionStart(place.month, place.day, place.year, place.hour, place.minute, info,
-                       place.session, place.crossover, zone);
-    m_value = BarEdge(m_value, start.m_value, weight);
+    Date start(m_date);
+    PeriodWalk(start).sessionStart(place.month, place.day, place.year, place.hour, place.minute,
+                                   info, place.session, place.crossover, zone);
+    m_date.m_value = BarEdge(m_date.m_value, start.m_value, weight);
     if (dateLogEnabled()) writeDateLogFormat("finishing setToFirstSecondOfPeriod\r\n");
     return true;
 }
 
-bool Date::lastSecondOfPeriod(int weight, const SESSION_INFO* info, const HOLIDAYS_INFO* holidays,
-                              uint8_t zone) {
-    if (m_value < 2) return false;
+bool PeriodWalk::lastSecondOfPeriod(int weight, const SESSION_INFO* info,
+                                    const HOLIDAYS_INFO* holidays, uint8_t zone) {
+    if (m_date.m_value < 2) return false;
     zone = resolvedZone(zone);
     PeriodPlace place;
     if (!placeInPeriod("setToLastSecondOfPeriod", weight, info, holidays, zone, place)) {
@@ -193,39 +197,56 @@ bool Date::lastSecondOfPeriod(int weight, const SESSION_INFO* info, const HOLIDA
     }
     if (!place.live) {
         int index = 0;
-        const uint32_t before = m_value;
-        if (!nextSession(place.session, place.crossover, info, holidays, index, zone,
-                         &place.row)) {
-            m_value = before;
+        const uint32_t before = m_date.m_value;
+        if (!nextSession(place.session, place.crossover, info, holidays, index, zone, &place.row)) {
+            m_date.m_value = before;
             return false;
         }
-        getMDYHMS(place.month, place.day, place.year, place.hour, place.minute, place.second,
-                  zone);
-        place.weekday = static_cast<int>(dayOfWeek(zone));
+        m_date.getMDYHMS(place.month, place.day, place.year, place.hour, place.minute, place.second,
+                         zone);
+        place.weekday = static_cast<int>(m_date.dayOfWeek(zone));
     }
     const int tradeDay = tradeDayOf(place.weekday, place.session, place.crossover, info,
                                     static_cast<int>(place.hour), static_cast<int>(place.minute));
-    Date start(*this);
-    start.sessionStart(place.month, place.day, place.year, place.hour, place.minute, info,
-                       place.session, place.crossover, zone);
-    Date end(*this);
-    end.sessionEnd(place.month, place.day, place.year, info, place.session, place.row,
-                   place.crossover, tradeDay == place.weekday, zone);
+    Date start(m_date);
+    PeriodWalk(start).sessionStart(place.month, place.day, place.year, place.hour, place.minute,
+                                   info, place.session, place.crossover, zone);
+    Date end(m_date);
+    PeriodWalk(end).sessionEnd(place.month, place.day, place.year, info, place.session, place.row,
+                               place.crossover, tradeDay == place.weekday, zone);
     const uint32_t width = static_cast<uint32_t>(static_cast<int64_t>(weight) * 60);
-    m_value = BarEdge(m_value, start.m_value, weight) - width - 1;
+    m_date.m_value = BarEdge(m_date.m_value, start.m_value, weight) - width - 1;
     // A session's last bar may be short: it ends with the session.
-    if (m_value >= end.m_value) m_value = end.m_value - 1;
+    if (m_date.m_value >= end.m_value) m_date.m_value = end.m_value - 1;
     if (dateLogEnabled()) writeDateLogFormat("finishing setToLastSecondOfPeriod\r\n");
     return true;
 }
 
+void PeriodWalk::nextSessionStart(const SESSION_INFO* info, const HOLIDAYS_INFO* holidays,
+                                  uint8_t zone) {
+    if (m_date.m_value < 2) return;
+    zone = resolvedZone(zone);
+    bool inGap = true;
+    int current = findSession(info, inGap, zone);
+    if (current < 0) return;
+    int crossover;
+    if (!usableCrossover(info, crossover)) return;
+    const uint32_t before = m_date.m_value;
+    int index = 0;
+    if (!nextSession(current, crossover, info, holidays, index, zone)) m_date.m_value = before;
+}
+
+}  // namespace qvnrt::calendar
+
 // ---- Public -------------------------------------------------------------------------------
+
+using qvnrt::calendar::PeriodWalk;
 
 void Date::setToFirstSecondOfPeriod(int newBarWeight, SESSION_INFO* session,
                                     HOLIDAYS_INFO* holidays, uint8_t zone) {
     if (!session) return;
     const uint32_t before = m_value;
-    firstSecondOfPeriod(newBarWeight, session, holidays, zone);
+    PeriodWalk(*this).firstSecondOfPeriod(newBarWeight, session, holidays, zone);
     if (m_value != before) m_sequence = 0;
 }
 
@@ -233,20 +254,13 @@ void Date::setToLastSecondOfPeriod(int newBarWeight, SESSION_INFO* session, HOLI
                                    uint8_t zone) {
     if (!session) return;
     const uint32_t before = m_value;
-    lastSecondOfPeriod(newBarWeight, session, holidays, zone);
+    PeriodWalk(*this).lastSecondOfPeriod(newBarWeight, session, holidays, zone);
     if (m_value != before) m_sequence = 0;
 }
 
 void Date::toNextSessionStart(SESSION_INFO* session, HOLIDAYS_INFO* holidays, uint8_t zone) {
-    if (!session || m_value < 2) return;
-    zone = resolvedZone(zone);
-    bool inGap = true;
-    int current = findSession(session, inGap, zone);
-    if (current < 0) return;
-    int crossover;
-    if (!usableCrossover(session, crossover)) return;
+    if (!session) return;
     const uint32_t before = m_value;
-    int index = 0;
-    if (!nextSession(current, crossover, session, holidays, index, zone)) m_value = before;
+    PeriodWalk(*this).nextSessionStart(session, holidays, zone);
     if (m_value != before) m_sequence = 0;
 }

@@ -1,7 +1,7 @@
 #include "calendar/DatePeriodLog.h"
 
 #include "calendar/DateLog.h"
-#include "calendar/SessionRules.h"
+#include "calendar/SessionTable.h"
 
 namespace qvnrt::calendar {
 namespace {

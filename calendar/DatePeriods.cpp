@@ -5,7 +5,8 @@
 
 #include "calendar/DateLog.h"
 #include "calendar/DatePeriodLog.h"
-#include "calendar/SessionRules.h"
+#include "calendar/PeriodWalk.h"
+#include "calendar/SessionTable.h"
 
 namespace {
 
@@ -15,61 +16,73 @@ using qvnrt::calendar::writeDateLogFormat;
 
 constexpr char kIntraday = 'I';
 
+// The count negated in unsigned arithmetic, where INT_MIN wraps to itself as it always has.
+int Negated(int count) {
+    return static_cast<int>(0u - static_cast<unsigned>(count));
+}
+
 }  // namespace
 
 void Date::addPeriods(int count, char code, int newBarWeight, SESSION_INFO* session,
                       HOLIDAYS_INFO* holidays, uint8_t zone) {
-    stepByPeriods(count, code, newBarWeight, session, holidays, zone, false);
+    const uint32_t before = m_value;
+    qvnrt::calendar::PeriodWalk(*this).stepByPeriods(count, code, newBarWeight, session, holidays,
+                                                     zone, false);
+    if (m_value != before) m_sequence = 0;
 }
 
 void Date::subPeriods(int count, char code, int newBarWeight, SESSION_INFO* session,
                       HOLIDAYS_INFO* holidays, uint8_t zone) {
-    stepByPeriods(count, code, newBarWeight, session, holidays, zone, true);
+    const uint32_t before = m_value;
+    qvnrt::calendar::PeriodWalk(*this).stepByPeriods(count, code, newBarWeight, session, holidays,
+                                                     zone, true);
+    if (m_value != before) m_sequence = 0;
 }
 
-void Date::stepByPeriods(int count, char code, int weight, const SESSION_INFO* info,
-                         const HOLIDAYS_INFO* holidays, uint8_t zone, bool subtracting) {
+namespace qvnrt::calendar {
+
+void PeriodWalk::stepByPeriods(int count, char code, int weight, const SESSION_INFO* info,
+                               const HOLIDAYS_INFO* holidays, uint8_t zone, bool subtracting) {
     const char* name = subtracting ? "subPeriods" : "addPeriods";
     const bool logging = dateLogEnabled();
     if (logging) {
         writeDateLogFormat("%s %d %d %d %d\r\n", name, count, static_cast<signed char>(code),
                            weight, zone);
-        writeDateLog(format("%c", zone));
+        writeDateLog(m_date.format("%c", zone));
         writeDateLogFormat("in timeZone %d\r\n", zone);
-        qvnrt::calendar::logSessionInfo(info);
-        qvnrt::calendar::logHolidaysInfo(holidays);
+        logSessionInfo(info);
+        logHolidaysInfo(holidays);
     }
-    if (m_value <= 1) return;
-    const uint32_t before = m_value;
-    const int signedCount = subtracting ? negated(count) : count;
+    if (m_date.m_value <= 1) return;
+    const uint32_t before = m_date.m_value;
+    const int signedCount = subtracting ? Negated(count) : count;
     const uint8_t walkZone = resolvedZone(zone);
     if (code != kIntraday) {
-        stepPeriods(signedCount, code, zone);
+        m_date.stepPeriods(signedCount, code, zone);
     } else if (info && weight <= -1) {
         // Zero or positive weights are ticks, which no calendar can walk: nothing happens.
         if (info->bSingleSessionStandard && (!holidays || holidays->bAreAllHolidaysFull)) {
             const int start = info->sStartTime[0];
             const int end = info->sEndTime[0];
-            WallTime last{static_cast<int>(qvnrt::calendar::hourOf(end)),
-                          static_cast<int>(qvnrt::calendar::minuteOf(end)) - 1};
+            WallTime last{static_cast<int>(hourOf(end)), static_cast<int>(minuteOf(end)) - 1};
             if (last.minute < 0) {
                 last.minute = 59;
                 last.hour = last.hour == 0 ? 23 : last.hour - 1;
             }
             fastWalk(signedCount, weight,
-                     WallTime{static_cast<int>(qvnrt::calendar::hourOf(start)),
-                              static_cast<int>(qvnrt::calendar::minuteOf(start))},
-                     last, holidays, qvnrt::calendar::sessionMask(info, 0), walkZone);
+                     WallTime{static_cast<int>(hourOf(start)), static_cast<int>(minuteOf(start))},
+                     last, holidays, sessionMask(info, 0), walkZone);
         } else {
             generalWalk(signedCount, weight, info, holidays, walkZone);
         }
     }
     // Below the first representable second the value wraps to the top of the range.
-    if (subtracting && m_value > before && count > 0) m_value = 0;
-    if (m_value != before) m_sequence = 0;
+    if (subtracting && m_date.m_value > before && count > 0) m_date.m_value = 0;
     if (logging) {
         writeDateLogFormat("finished %s\r\n", name);
-        writeDateLog(format("%c", zone));
+        writeDateLog(m_date.format("%c", zone));
         writeDateLogFormat("in timeZone %d\r\n", zone);
     }
 }
+
+}  // namespace qvnrt::calendar

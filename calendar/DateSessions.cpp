@@ -6,7 +6,8 @@
 #include <algorithm>
 
 #include "calendar/DayMask.h"
-#include "calendar/SessionRules.h"
+#include "calendar/PeriodWalk.h"
+#include "calendar/SessionTable.h"
 #include "calendar/ZoneTable.h"
 
 namespace {
@@ -38,9 +39,11 @@ int ClampToInt(int64_t value) {
 
 }  // namespace
 
+namespace qvnrt::calendar {
+
 // ---- The session table --------------------------------------------------------------------
 
-int Date::crossoverSession(const SESSION_INFO* info, int& error) {
+int crossoverSession(const SESSION_INFO* info, int& error) {
     error = 0;
     if (isSameDay(info)) return -1;
     for (int i = 0; i < 4; ++i) {
@@ -67,14 +70,14 @@ int Date::crossoverSession(const SESSION_INFO* info, int& error) {
     return -1;
 }
 
-bool Date::usableCrossover(const SESSION_INFO* info, int& crossover) {
+bool usableCrossover(const SESSION_INFO* info, int& crossover) {
     int error = 0;
     crossover = crossoverSession(info, error);
     return isSameDay(info) || (error == 0 && crossover >= 0);
 }
 
-int Date::tradeDayOf(int weekday, int session, int crossover, const SESSION_INFO* info, int hour,
-                     int minute) {
+int tradeDayOf(int weekday, int session, int crossover, const SESSION_INFO* info, int hour,
+               int minute) {
     if (isSameDay(info)) return weekday >= 8 ? 1 : weekday;
     const int start = sessionStartTime(info, session);
     const int end = sessionEndTime(info, session);
@@ -88,9 +91,9 @@ int Date::tradeDayOf(int weekday, int session, int crossover, const SESSION_INFO
     return nextWeekday(weekday);  // an evening session before the crossover
 }
 
-int Date::findSession(const SESSION_INFO* info, bool& inGap, uint8_t zone) const {
+int PeriodWalk::findSession(const SESSION_INFO* info, bool& inGap, uint8_t zone) const {
     uint32_t month, day, year, hour, minute, second;
-    getMDYHMS(month, day, year, hour, minute, second, zone);
+    m_date.getMDYHMS(month, day, year, hour, minute, second, zone);
     const int t = clockTime(hour, minute);
     int candidate = -1;
     for (int i = 0; i < 4; ++i) {
@@ -121,10 +124,9 @@ int Date::findSession(const SESSION_INFO* info, bool& inGap, uint8_t zone) const
 
 // ---- Holidays -----------------------------------------------------------------------------
 
-bool Date::sessionCounts(uint32_t month, uint32_t day, uint32_t year, uint32_t hour,
-                         uint32_t minute, int crossover, const SESSION_INFO* info, int session,
-                         int tradeDay, const HOLIDAYS_INFO* holidays, int& index,
-                         const HOLIDAY_ROW*& row) {
+bool sessionCounts(uint32_t month, uint32_t day, uint32_t year, uint32_t hour, uint32_t minute,
+                   int crossover, const SESSION_INFO* info, int session, int tradeDay,
+                   const HOLIDAYS_INFO* holidays, int& index, const HOLIDAY_ROW*& row) {
     row = nullptr;
     if (!sessionExists(info, session) || !dayAllowed(sessionMask(info, session), tradeDay)) {
         return false;
@@ -133,9 +135,9 @@ bool Date::sessionCounts(uint32_t month, uint32_t day, uint32_t year, uint32_t h
                                       holidays, index, row));
 }
 
-bool Date::holidayCheck(uint32_t month, uint32_t day, uint32_t year, uint32_t hour, uint32_t minute,
-                        int crossover, const SESSION_INFO* info, int session,
-                        const HOLIDAYS_INFO* holidays, int& index, const HOLIDAY_ROW*& row) {
+bool holidayCheck(uint32_t month, uint32_t day, uint32_t year, uint32_t hour, uint32_t minute,
+                  int crossover, const SESSION_INFO* info, int session,
+                  const HOLIDAYS_INFO* holidays, int& index, const HOLIDAY_ROW*& row) {
     row = nullptr;
     if (!isSameDay(info)) {
         // Rows are dated by trading day: an evening session belongs to the next date.
@@ -172,11 +174,11 @@ bool Date::holidayCheck(uint32_t month, uint32_t day, uint32_t year, uint32_t ho
     return false;
 }
 
-bool Date::isFullHoliday(const HOLIDAYS_INFO* holidays, uint8_t zone) const {
+bool PeriodWalk::isFullHoliday(const HOLIDAYS_INFO* holidays, uint8_t zone) const {
     if (holidayRows(holidays) == 0) return false;
     uint32_t month, day, year;
-    getMDY(month, day, year, zone);
-    return qvnrt::calendar::fullHolidayOn(
+    m_date.getMDY(month, day, year, zone);
+    return fullHolidayOn(
         holidayOrdinal(static_cast<int>(year), static_cast<int>(month), static_cast<int>(day)),
         holidays);
 }
@@ -195,13 +197,14 @@ void OrderedOrdinals(const Date& a, const Date& b, uint8_t zone, int& low, int& 
 
 }  // namespace
 
-int Date::countFullHolidays(const Date& other, const HOLIDAYS_INFO* holidays, uint8_t zone) const {
+int PeriodWalk::countFullHolidays(const Date& other, const HOLIDAYS_INFO* holidays,
+                                  uint8_t zone) const {
     const int rows = holidayRows(holidays);
     if (rows == 0) return 0;
     int low, high;
-    OrderedOrdinals(*this, other, resolvedZone(zone), low, high);
+    OrderedOrdinals(m_date, other, resolvedZone(zone), low, high);
     int count = 0;
-    for (int k = qvnrt::calendar::firstRowFrom(holidays, low); k < rows; ++k) {
+    for (int k = firstRowFrom(holidays, low); k < rows; ++k) {
         const int ordinal = holidayOrdinal(holidays->rows[k]);
         if (ordinal > high) break;
         if (ordinal < low) continue;
@@ -211,28 +214,28 @@ int Date::countFullHolidays(const Date& other, const HOLIDAYS_INFO* holidays, ui
     return count;
 }
 
-bool Date::holidayNear(const Date& other, const HOLIDAYS_INFO* holidays, uint8_t zone) const {
+bool PeriodWalk::holidayNear(const Date& other, const HOLIDAYS_INFO* holidays, uint8_t zone) const {
     const int rows = holidayRows(holidays);
     if (rows == 0) return false;
     zone = resolvedZone(zone);
     uint32_t lowMonth, lowDay, lowYear, highMonth, highDay, highYear;
-    const bool thisFirst = m_value <= other.m_value;
-    (thisFirst ? *this : other).getMDY(lowMonth, lowDay, lowYear, zone);
-    (thisFirst ? other : *this).getMDY(highMonth, highDay, highYear, zone);
+    const bool thisFirst = m_date.m_value <= other.m_value;
+    (thisFirst ? m_date : other).getMDY(lowMonth, lowDay, lowYear, zone);
+    (thisFirst ? other : m_date).getMDY(highMonth, highDay, highYear, zone);
     stepCalendarDays(lowMonth, lowDay, lowYear, -1);
     stepCalendarDays(highMonth, highDay, highYear, 1);
     const int low = holidayOrdinal(static_cast<int>(lowYear), static_cast<int>(lowMonth),
                                    static_cast<int>(lowDay));
     const int high = holidayOrdinal(static_cast<int>(highYear), static_cast<int>(highMonth),
                                     static_cast<int>(highDay));
-    const int k = qvnrt::calendar::firstRowFrom(holidays, low);
+    const int k = firstRowFrom(holidays, low);
     return k < rows && holidayOrdinal(holidays->rows[k]) <= high;
 }
 
-bool Date::zoneChangeNear(const Date& other, uint8_t zone) const {
+bool PeriodWalk::zoneChangeNear(const Date& other, uint8_t zone) const {
     zone = resolvedZone(zone);
     uint32_t month, day, year, otherMonth, otherDay, otherYear;
-    getMDY(month, day, year, zone);
+    m_date.getMDY(month, day, year, zone);
     other.getMDY(otherMonth, otherDay, otherYear, zone);
     if (year != otherYear) return true;
     int low =
@@ -240,17 +243,17 @@ bool Date::zoneChangeNear(const Date& other, uint8_t zone) const {
     int high = holidayOrdinal(static_cast<int>(otherYear), static_cast<int>(otherMonth),
                               static_cast<int>(otherDay));
     if (low > high) std::swap(low, high);
-    const qvnrt::calendar::ZoneRule standard = qvnrt::calendar::standardRule(zone, year);
+    const ZoneRule standard = standardRule(zone, year);
     if (standard.rule.month == 0) return false;
-    const qvnrt::calendar::ZoneRule daylight = qvnrt::calendar::daylightRule(zone, year);
+    const ZoneRule daylight = daylightRule(zone, year);
     const int y = static_cast<int>(year);
     for (const int changeMonth : {int{standard.rule.month}, int{daylight.rule.month}}) {
         if (changeMonth == 1 || changeMonth == 12) return true;
         // The month before, with the length of the change month itself: kept as it always
         // was (it can name a day that does not exist, which only widens the window).
-        const int before =
-            holidayOrdinal(y, changeMonth - 1,
-                           static_cast<int>(daysInMonth(static_cast<uint32_t>(changeMonth), year)));
+        const int before = holidayOrdinal(
+            y, changeMonth - 1,
+            static_cast<int>(Date::daysInMonth(static_cast<uint32_t>(changeMonth), year)));
         const int after = holidayOrdinal(y, changeMonth + 1, 1);
         if ((low <= before && high >= before) || (low <= after && high >= after) ||
             (low >= before && low <= after)) {
@@ -262,23 +265,24 @@ bool Date::zoneChangeNear(const Date& other, uint8_t zone) const {
 
 // ---- The edges of one session -------------------------------------------------------------
 
-void Date::sessionStart(uint32_t month, uint32_t day, uint32_t year, uint32_t hour, uint32_t minute,
-                        const SESSION_INFO* info, int session, int crossover, uint8_t zone) {
+void PeriodWalk::sessionStart(uint32_t month, uint32_t day, uint32_t year, uint32_t hour,
+                              uint32_t minute, const SESSION_INFO* info, int session, int crossover,
+                              uint8_t zone) {
     const int start = sessionStartTime(info, session);
-    m_value = makeValue(month, day, year, hourOf(start), minuteOf(start), 0, zone);
+    m_date.m_value = m_date.makeValue(month, day, year, hourOf(start), minuteOf(start), 0, zone);
     if ((!isSameDay(info) && session != crossover) || start <= clockTime(hour, minute)) return;
     // The time lies before the start on that date: the session began the day before.
     stepCalendarDays(month, day, year, -1);
-    m_value = makeValue(month, day, year, hourOf(start), minuteOf(start), 0, zone);
+    m_date.m_value = m_date.makeValue(month, day, year, hourOf(start), minuteOf(start), 0, zone);
 }
 
-void Date::sessionEnd(uint32_t month, uint32_t day, uint32_t year, const SESSION_INFO* info,
-                      int session, const HOLIDAY_ROW* row, int crossover, bool sameTradeDay,
-                      uint8_t zone) {
+void PeriodWalk::sessionEnd(uint32_t month, uint32_t day, uint32_t year, const SESSION_INFO* info,
+                            int session, const HOLIDAY_ROW* row, int crossover, bool sameTradeDay,
+                            uint8_t zone) {
     const int start = sessionStartTime(info, session);
     const int end = sessionEndTime(info, session);
     const int finish = row ? static_cast<int16_t>(row->endTime) : end;
-    m_value = makeValue(month, day, year, hourOf(finish), minuteOf(finish), 0, zone);
+    m_date.m_value = m_date.makeValue(month, day, year, hourOf(finish), minuteOf(finish), 0, zone);
     bool nextDay;
     if (isSameDay(info)) {
         nextDay = start == 0 && finish == 0;  // 00:00 to 00:00 ends at the next midnight
@@ -287,18 +291,18 @@ void Date::sessionEnd(uint32_t month, uint32_t day, uint32_t year, const SESSION
     }
     if (!nextDay) return;
     stepCalendarDays(month, day, year, 1);
-    m_value = makeValue(month, day, year, hourOf(finish), minuteOf(finish), 0, zone);
+    m_date.m_value = m_date.makeValue(month, day, year, hourOf(finish), minuteOf(finish), 0, zone);
 }
 
 // ---- Counting bars ------------------------------------------------------------------------
 
-int Date::barsBetween(uint32_t start, uint32_t end, int weight) {
+int barsBetween(uint32_t start, uint32_t end, int weight) {
     const int64_t minutes = static_cast<int32_t>(end - start) / 60;
     const int64_t perBar = weight == 0 ? 1 : -static_cast<int64_t>(weight);
     return ClampToInt(CeilDiv(minutes, perBar));
 }
 
-int Date::barsPerWeek(const SESSION_INFO* info, int weight) {
+int barsPerWeek(const SESSION_INFO* info, int weight) {
     int crossover;
     if (!usableCrossover(info, crossover)) return 1;
     const int64_t perBar = weight == 0 ? 1 : -static_cast<int64_t>(weight);
@@ -329,3 +333,5 @@ int Date::barsPerWeek(const SESSION_INFO* info, int weight) {
     }
     return ClampToInt(bars);
 }
+
+}  // namespace qvnrt::calendar

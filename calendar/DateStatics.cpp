@@ -4,6 +4,7 @@
 #include <string>
 
 #include <qvnrt/Date.h>
+#include <qvnrt/host.h>
 
 #include "calendar/DateLog.h"
 #include "calendar/ZoneTable.h"
@@ -11,6 +12,7 @@
 #include "platform/Directories.h"
 #include "platform/IniFile.h"
 #include "platform/LocalZone.h"
+#include "platform/Registry.h"
 
 namespace qvnrt::calendar {
 namespace {
@@ -25,6 +27,8 @@ struct DateStatics {
     CString errorTexts[kErrorCount];
     CString lastError;
     CVString formatted;
+    bool modeKnown = false;
+    bool modern = false;
 };
 
 DateStatics& Statics() {
@@ -45,6 +49,26 @@ void raiseDateError(DateError error) {
 
 CVString& formatResult() {
     return Statics().formatted;
+}
+
+void reloadCalendarMode() {
+    DateStatics& statics = Statics();
+    uint32_t value = 0;
+    const auto key = platform::RegistryKey::Open("Software\\Quorvane\\RealTime");
+    statics.modern = key && key->QueryDword("Modern Calendar", value) && value == 1;
+    statics.modeKnown = true;
+}
+
+bool modernCalendar() {
+    DateStatics& statics = Statics();
+    if (!statics.modeKnown) reloadCalendarMode();
+    return statics.modern;
+}
+
+void setModernCalendar(bool on) {
+    DateStatics& statics = Statics();
+    statics.modern = on;
+    statics.modeKnown = true;
 }
 
 }  // namespace qvnrt::calendar
@@ -72,6 +96,11 @@ const CString& Date::lastError() {
 extern "C" void setTimeZoneChangeFromQvn(void) {
     qvnrt::calendar::clearLocalZone();
     qvnrt::platform::ReloadLocalZone();
+    qvnrt::calendar::reloadCalendarMode();
     // Went to the debugger's output; the library's diagnostics go to clog.
     std::clog << "Clearing flag in QvnRT" << std::endl;
+}
+
+void qvnrt::SetModernCalendar(bool on) {
+    calendar::setModernCalendar(on);
 }

@@ -1,5 +1,6 @@
-// The calendar's process-wide texts: the error texts of the string table, the last error
-// raised, and the object that Date::format fills. Loaded by Date::ensureDateStatics.
+// The calendar's process-wide state: the error texts of the string table, the last error
+// raised, the object that Date::format fills (loaded by Date::ensureDateStatics), and the
+// calendar mode.
 #pragma once
 
 class CVString;
@@ -25,5 +26,13 @@ void raiseDateError(DateError error);
 
 // The one object that every Date::format call fills and returns.
 CVString& formatResult();
+
+// The opt-in modern calendar: value "Modern Calendar" (dword, 1 for on) of key
+// Software\Quorvane\RealTime in the registry store, read at the first question and again
+// by setTimeZoneChangeFromQvn; qvnrt::SetModernCalendar sets it directly. Off, the calendar
+// reckons as it always has (2000 is no leap year in the daylight reckoning).
+bool modernCalendar();
+void setModernCalendar(bool on);
+void reloadCalendarMode();
 
 }  // namespace qvnrt::calendar

@@ -5,12 +5,14 @@
 #include <qvnrt/Date.h>
 
 #include "calendar/DayMask.h"
-#include "calendar/SessionRules.h"
+#include "calendar/PeriodWalk.h"
+#include "calendar/SessionTable.h"
 #include "calendar/ZoneTable.h"
 
 namespace {
 
 using qvnrt::calendar::barSeconds;
+using qvnrt::calendar::clockTime;
 using qvnrt::calendar::dayAllowed;
 using qvnrt::calendar::daysPerWeek;
 using qvnrt::calendar::fullHolidayOn;
@@ -49,14 +51,16 @@ uint32_t Seconds(int64_t count, int64_t bar) {
 
 }  // namespace
 
+namespace qvnrt::calendar {
+
 // ---- Fast walk ------------------------------------------------------------------------------
 
-void Date::fastWalk(int count, int weight, WallTime start, WallTime last,
-                    const HOLIDAYS_INFO* holidays, uint8_t mask, uint8_t zone) {
-    if (weight >= 0 || count == 0 || m_value < 2) return;
+void PeriodWalk::fastWalk(int count, int weight, WallTime start, WallTime last,
+                          const HOLIDAYS_INFO* holidays, uint8_t mask, uint8_t zone) {
+    if (weight >= 0 || count == 0 || m_date.m_value < 2) return;
     // A Julian day has no time of day to walk from; a mask without days has no day to land
     // on, and its steps would not end.
-    if (m_value < DATE_SECONDS_BASE || daysPerWeek(mask) == 0) return;
+    if (m_date.m_value < DATE_SECONDS_BASE || daysPerWeek(mask) == 0) return;
     const int64_t bar64 = barSeconds(weight);
     const uint32_t bar = static_cast<uint32_t>(bar64);
     if (bar == 0) return;
@@ -73,45 +77,45 @@ void Date::fastWalk(int count, int weight, WallTime start, WallTime last,
     uint32_t month, day, year;
 
     // Snap to the first second of the bar that holds the value, or of the last bar before it.
-    const uint32_t old = m_value;
-    Date probe(*this);
-    while (!probe.isTradingDay(mask, zone) || probe.isFullHoliday(holidays, zone)) {
+    const uint32_t old = m_date.m_value;
+    Date probe(m_date);
+    while (!probe.isTradingDay(mask, zone) || PeriodWalk(probe).isFullHoliday(holidays, zone)) {
         probe.addTradingDays(-1, mask, zone);
     }
-    (probe.m_value != m_value ? probe : *this).getMDY(month, day, year, zone);
-    uint32_t first = makeValue(month, day, year, startHour, startMinute, 0, zone);
-    uint32_t lastSecond = makeValue(month, day, year, lastHour, lastMinute, 59, zone);
-    if (m_value > lastSecond) m_value = lastSecond;
-    if (m_value < first) {
+    (probe.m_value != m_date.m_value ? probe : m_date).getMDY(month, day, year, zone);
+    uint32_t first = m_date.makeValue(month, day, year, startHour, startMinute, 0, zone);
+    uint32_t lastSecond = m_date.makeValue(month, day, year, lastHour, lastMinute, 59, zone);
+    if (m_date.m_value > lastSecond) m_date.m_value = lastSecond;
+    if (m_date.m_value < first) {
         do {
             stepCalendarDays(month, day, year, -1);
         } while (!isOpenDay(month, day, year));
-        first = makeValue(month, day, year, startHour, startMinute, 0, zone);
-        lastSecond = makeValue(month, day, year, lastHour, lastMinute, 59, zone);
-        m_value = lastSecond;
+        first = m_date.makeValue(month, day, year, startHour, startMinute, 0, zone);
+        lastSecond = m_date.makeValue(month, day, year, lastHour, lastMinute, 59, zone);
+        m_date.m_value = lastSecond;
     }
-    if (m_value > lastSecond) m_value = lastSecond;
-    m_value -= (m_value - first) % bar;
-    if (old < m_value) m_value = old;
+    if (m_date.m_value > lastSecond) m_date.m_value = lastSecond;
+    m_date.m_value -= (m_date.m_value - first) % bar;
+    if (old < m_date.m_value) m_date.m_value = old;
 
     // Within the day.
     const bool forward = count > 0;
     int64_t remaining = forward ? count : -static_cast<int64_t>(count);
-    getMDY(month, day, year, zone);
-    first = makeValue(month, day, year, startHour, startMinute, 0, zone);
-    const uint32_t end = makeValue(month, day, year, lastHour, lastMinute, 59, zone) + 1;
+    m_date.getMDY(month, day, year, zone);
+    first = m_date.makeValue(month, day, year, startHour, startMinute, 0, zone);
+    const uint32_t end = m_date.makeValue(month, day, year, lastHour, lastMinute, 59, zone) + 1;
     const int64_t perDay = (static_cast<int64_t>(end - first) + bar64 - 1) / bar64;
-    const int64_t left = forward ? static_cast<int32_t>(end - m_value - 1) / bar64
-                                 : static_cast<int32_t>(m_value - first) / bar64;
+    const int64_t left = forward ? static_cast<int32_t>(end - m_date.m_value - 1) / bar64
+                                 : static_cast<int32_t>(m_date.m_value - first) / bar64;
     if (remaining <= left) {
-        m_value += forward ? Seconds(remaining, bar64) : 0u - Seconds(remaining, bar64);
+        m_date.m_value += forward ? Seconds(remaining, bar64) : 0u - Seconds(remaining, bar64);
         return;
     }
     int64_t rest = remaining - left;
-    m_value = first;
+    m_date.m_value = first;
     if (forward) {
         do {
-            addTradingDays(1, mask, zone);
+            m_date.addTradingDays(1, mask, zone);
         } while (isFullHoliday(holidays, zone));
         if (--rest == 0) return;  // this day's first bar
     }
@@ -123,7 +127,7 @@ void Date::fastWalk(int count, int weight, WallTime start, WallTime last,
         // inside the session: the change happens at T local, and the session must start two
         // hours after it. Kept: the second test reads the standard rule again where the
         // daylight rule was meant, so it repeats the first.
-        const qvnrt::calendar::ZoneRule rule = qvnrt::calendar::standardRule(zone, getYear(zone));
+        const ZoneRule rule = standardRule(zone, m_date.getYear(zone));
         bool safe = true;
         if (rule.rule.month != 0) {
             const int64_t change = (static_cast<int64_t>(rule.change) - rule.bias) / 60;
@@ -154,12 +158,12 @@ void Date::fastWalk(int count, int weight, WallTime start, WallTime last,
         }
         const int days = static_cast<int>(forward ? wholeDays : -wholeDays);
         if (holidayRows(holidays) == 0) {
-            addTradingDays(days, mask, zone);
+            m_date.addTradingDays(days, mask, zone);
             rest -= wholeDays * perDay;
         } else {
             // Step the days, then as many more as full holidays fell among them, until the
             // count of holidays stops growing.
-            Date probeDays(*this);
+            Date probeDays(m_date);
             probeDays.addTradingDays(days, mask, zone);
             int previous = 0;
             int holidaysBetween = countFullHolidays(probeDays, holidays, zone);
@@ -170,7 +174,7 @@ void Date::fastWalk(int count, int weight, WallTime start, WallTime last,
                 holidaysBetween = countFullHolidays(probeDays, holidays, zone);
             }
             if (holidaysBetween == -1) return;  // a row that is not a full holiday: stop here
-            m_value = probeDays.m_value;
+            m_date.m_value = probeDays.m_value;
             // Kept: the remainder is not reduced by the days stepped in this branch, and the
             // tail below uses all of it.
         }
@@ -178,28 +182,28 @@ void Date::fastWalk(int count, int weight, WallTime start, WallTime last,
 
     // The tail.
     if (forward) {
-        m_value += Seconds(rest, bar64);
+        m_date.m_value += Seconds(rest, bar64);
     } else if (rest > 0) {
         do {
-            addTradingDays(-1, mask, zone);
+            m_date.addTradingDays(-1, mask, zone);
         } while (isFullHoliday(holidays, zone));
-        getMDY(month, day, year, zone);
-        first = makeValue(month, day, year, startHour, startMinute, 0, zone);
+        m_date.getMDY(month, day, year, zone);
+        first = m_date.makeValue(month, day, year, startHour, startMinute, 0, zone);
         rest = perDay - rest;
-        m_value = first + Seconds(rest, bar64);
+        m_date.m_value = first + Seconds(rest, bar64);
     }
 }
 
 // ---- General walk ---------------------------------------------------------------------------
 
-void Date::generalWalk(int64_t count, int weight, const SESSION_INFO* info,
-                       const HOLIDAYS_INFO* holidays, uint8_t zone) {
-    if (m_value <= 1 || weight >= 0 || count == 0) return;
+void PeriodWalk::generalWalk(int64_t count, int weight, const SESSION_INFO* info,
+                             const HOLIDAYS_INFO* holidays, uint8_t zone) {
+    if (m_date.m_value <= 1 || weight >= 0 || count == 0) return;
     if (count < 0) {
         generalWalkBackward(-count, weight, info, holidays, zone);
         return;
     }
-    if (m_value < DATE_SECONDS_BASE) return;
+    if (m_date.m_value < DATE_SECONDS_BASE) return;
     int crossover;
     if (!usableCrossover(info, crossover)) return;
     // A table on which no bar can lie in any week: there is nowhere to go.
@@ -207,41 +211,49 @@ void Date::generalWalk(int64_t count, int weight, const SESSION_INFO* info,
     if (perWeek <= 0) return;
     firstSecondOfPeriod(weight, info, holidays, zone);
     const bool walking = weekWalkForward(count, weight, info, holidays, zone);
+    bool onWeekStart = false;
     if (walking && count > 0) {
         if (perWeek * kCarefulWeeks >= count) {
-            Date ahead(*this);
+            Date ahead(m_date);
             ahead.addWeeks(1, zone);
             for (int64_t week = 0; count > 0 && week < CarefulWeekLimit(holidays); ++week) {
                 if (!holidayNear(ahead, holidays, zone) && !zoneChangeNear(ahead, zone) &&
                     perWeek <= count) {
                     count -= perWeek;
-                    m_value = ahead.m_value;
+                    m_date.m_value = ahead.m_value;
+                    onWeekStart = true;
                 } else if (!weekWalkForward(count, weight, info, holidays, zone)) {
                     break;
+                } else {
+                    onWeekStart = false;
                 }
                 ahead.addWeeks(1, zone);
             }
         } else {
             const int64_t weeks = count / perWeek;
-            addWeeks(static_cast<int>(weeks), zone);
+            m_date.addWeeks(static_cast<int>(weeks), zone);
             count -= weeks * perWeek;
+            onWeekStart = count == 0;
             if (count > 0) weekWalkForward(count, weight, info, holidays, zone);
         }
     }
+    // Whole weeks may use up the count on a week's end, which need not be live: the answer
+    // is the first live bar from there on.
+    if (onWeekStart) weekWalkForward(count, weight, info, holidays, zone);
     // A landing in a gap or on a closed day moves on to the next live bar.
-    const uint32_t landed = m_value;
+    const uint32_t landed = m_date.m_value;
     firstSecondOfPeriod(weight, info, holidays, zone);
-    if (m_value != landed) {
-        m_value = landed;
+    if (m_date.m_value != landed) {
+        m_date.m_value = landed;
         lastSecondOfPeriod(weight, info, holidays, zone);
         firstSecondOfPeriod(weight, info, holidays, zone);
     }
 }
 
-void Date::generalWalkBackward(int64_t count, int weight, const SESSION_INFO* info,
-                               const HOLIDAYS_INFO* holidays, uint8_t zone) {
-    if (m_value <= 1 || weight >= 0 || count <= 0) return;
-    if (m_value < DATE_SECONDS_BASE) return;
+void PeriodWalk::generalWalkBackward(int64_t count, int weight, const SESSION_INFO* info,
+                                     const HOLIDAYS_INFO* holidays, uint8_t zone) {
+    if (m_date.m_value <= 1 || weight >= 0 || count <= 0) return;
+    if (m_date.m_value < DATE_SECONDS_BASE) return;
     int crossover;
     if (!usableCrossover(info, crossover)) return;
     // A table on which no bar can lie in any week: there is nowhere to go.
@@ -249,42 +261,50 @@ void Date::generalWalkBackward(int64_t count, int weight, const SESSION_INFO* in
     if (perWeek <= 0) return;
     firstSecondOfPeriod(weight, info, holidays, zone);
     const bool walking = weekWalkBackward(count, weight, info, holidays, zone);
+    bool onWeekStart = false;
     if (walking && count > 0) {
         if (perWeek * kCarefulWeeks >= count) {
-            Date behind(*this);
+            Date behind(m_date);
             behind.addWeeks(-1, zone);
             for (int64_t week = 0; count > 0 && week < CarefulWeekLimit(holidays); ++week) {
-                if (!behind.holidayNear(*this, holidays, zone) &&
-                    !behind.zoneChangeNear(*this, zone) && perWeek <= count) {
+                if (!PeriodWalk(behind).holidayNear(m_date, holidays, zone) &&
+                    !PeriodWalk(behind).zoneChangeNear(m_date, zone) && perWeek <= count) {
                     count -= perWeek;
-                    m_value = behind.m_value;
+                    m_date.m_value = behind.m_value;
+                    onWeekStart = true;
                 } else if (!weekWalkBackward(count, weight, info, holidays, zone)) {
                     break;
+                } else {
+                    onWeekStart = false;
                 }
                 behind.addWeeks(-1, zone);
             }
         } else {
             const int64_t weeks = count / perWeek;
-            addWeeks(-static_cast<int>(weeks), zone);
+            m_date.addWeeks(-static_cast<int>(weeks), zone);
             count -= weeks * perWeek;
+            onWeekStart = count == 0;
             if (count > 0) weekWalkBackward(count, weight, info, holidays, zone);
         }
     }
+    // Whole weeks that use up the count exactly end on the earlier week's start: the bars
+    // counted were those from there on, so the answer is the first live bar from there.
+    if (onWeekStart) weekWalkForward(count, weight, info, holidays, zone);
     // Unlike the forward end, a landing in a gap goes back to the last bar before it: the
     // two ends differ on purpose.
-    const uint32_t landed = m_value;
+    const uint32_t landed = m_date.m_value;
     lastSecondOfPeriod(weight, info, holidays, zone);
     firstSecondOfPeriod(weight, info, holidays, zone);
-    if (m_value != landed) {
-        m_value = landed;
+    if (m_date.m_value != landed) {
+        m_date.m_value = landed;
         firstSecondOfPeriod(weight, info, holidays, zone);
     }
 }
 
 // ---- Week walkers ---------------------------------------------------------------------------
 
-bool Date::weekWalkForward(int64_t& count, int weight, const SESSION_INFO* info,
-                           const HOLIDAYS_INFO* holidays, uint8_t zone) {
+bool PeriodWalk::weekWalkForward(int64_t& count, int weight, const SESSION_INFO* info,
+                                 const HOLIDAYS_INFO* holidays, uint8_t zone) {
     bool inGap = false;
     int session = findSession(info, inGap, zone);
     if (session < 0) return false;
@@ -297,37 +317,39 @@ bool Date::weekWalkForward(int64_t& count, int weight, const SESSION_INFO* info,
     // Saturday evening when the security is not same-day.
     const int firstStart = sessionStartTime(info, 0);
     uint32_t month, day, year, hour, minute, second;
-    lastDayNamed(sameDay ? "SUNDAY" : "SATURDAY", zone).getMDY(month, day, year, zone);
+    m_date.lastDayNamed(sameDay ? "SUNDAY" : "SATURDAY", zone).getMDY(month, day, year, zone);
     stepCalendarDays(month, day, year, 7);
     uint32_t anchor =
-        makeValue(month, day, year, hourOf(firstStart), minuteOf(firstStart), 0, zone);
-    if (anchor <= m_value) {
+        m_date.makeValue(month, day, year, hourOf(firstStart), minuteOf(firstStart), 0, zone);
+    if (anchor <= m_date.m_value) {
         stepCalendarDays(month, day, year, 7);
-        anchor = makeValue(month, day, year, hourOf(firstStart), minuteOf(firstStart), 0, zone);
+        anchor =
+            m_date.makeValue(month, day, year, hourOf(firstStart), minuteOf(firstStart), 0, zone);
     }
 
-    getMDYHMS(month, day, year, hour, minute, second, zone);
-    int weekday = static_cast<int>(dayOfWeek(zone));
+    m_date.getMDYHMS(month, day, year, hour, minute, second, zone);
+    int weekday = static_cast<int>(m_date.dayOfWeek(zone));
     int tradeDay = tradeDayOf(weekday, session, crossover, info, static_cast<int>(hour),
                               static_cast<int>(minute));
     bool first = true;
-    int index = holidays ? qvnrt::calendar::firstRowFrom(holidays, month, day, year) : 0;
+    int index = holidays ? firstRowFrom(holidays, month, day, year) : 0;
     for (int step = 0; step < kWeekSteps; ++step) {
         const HOLIDAY_ROW* row = nullptr;
         if (sessionCounts(month, day, year, hour, minute, crossover, info, session, tradeDay,
                           holidays, index, row)) {
-            uint32_t from = m_value;
+            uint32_t from = m_date.m_value;
             if (!first) {
-                Date start(*this);
-                start.sessionStart(month, day, year, hour, minute, info, session, crossover, zone);
+                Date start(m_date);
+                PeriodWalk(start).sessionStart(month, day, year, hour, minute, info, session,
+                                               crossover, zone);
                 from = start.m_value;
             }
-            Date end(*this);
-            end.sessionEnd(month, day, year, info, session, row, crossover, tradeDay == weekday,
-                           zone);
+            Date end(m_date);
+            PeriodWalk(end).sessionEnd(month, day, year, info, session, row, crossover,
+                                       tradeDay == weekday, zone);
             const int bars = barsBetween(from, end.m_value, weight);
             if (bars > count) {
-                m_value = from + Seconds(count, bar);
+                m_date.m_value = from + Seconds(count, bar);
                 count = 0;
                 return true;
             }
@@ -335,10 +357,10 @@ bool Date::weekWalkForward(int64_t& count, int weight, const SESSION_INFO* info,
         }
         session = (session + 1) % 4;
         // Past the crossover the calendar day turns, except on the first step out of a
-        // session whose trading day is already this date (it began the evening before).
-        // Kept: for a same-day security this is the step from session 3 to session 0, which
-        // then stays on the same date.
-        if (session == (crossover + 1) % 4 && !(first && tradeDay == weekday)) {
+        // session that began the evening before and whose trading day is already this date.
+        // For a same-day security this is the step from session 3 to session 0, and it
+        // always turns the date.
+        if (session == (crossover + 1) % 4 && !(first && !sameDay && tradeDay == weekday)) {
             stepCalendarDays(month, day, year, 1);
             weekday = nextWeekday(weekday);
         }
@@ -348,16 +370,19 @@ bool Date::weekWalkForward(int64_t& count, int weight, const SESSION_INFO* info,
         tradeDay = tradeDayOf(weekday, session, crossover, info, static_cast<int>(hour),
                               static_cast<int>(minute));
         first = false;
-        if (session == 0 && tradeDay == 7) {
-            m_value = anchor;
+        // With no bar left to count, the walk goes on to the first live session, which may
+        // lie beyond the week's end: the anchor may be closed, and the search from there
+        // would pass over an evening.
+        if (session == 0 && tradeDay == 7 && count > 0) {
+            m_date.m_value = anchor;
             return true;
         }
     }
     return false;
 }
 
-bool Date::weekWalkBackward(int64_t& count, int weight, const SESSION_INFO* info,
-                            const HOLIDAYS_INFO* holidays, uint8_t zone) {
+bool PeriodWalk::weekWalkBackward(int64_t& count, int weight, const SESSION_INFO* info,
+                                  const HOLIDAYS_INFO* holidays, uint8_t zone) {
     bool inGap = false;
     int session = findSession(info, inGap, zone);
     if (session < 0) return false;
@@ -369,55 +394,61 @@ bool Date::weekWalkBackward(int64_t& count, int weight, const SESSION_INFO* info
     // The start of this trading week.
     const int firstStart = sessionStartTime(info, 0);
     uint32_t month, day, year, hour, minute, second;
-    lastDayNamed(sameDay ? "SUNDAY" : "SATURDAY", zone).getMDY(month, day, year, zone);
+    m_date.lastDayNamed(sameDay ? "SUNDAY" : "SATURDAY", zone).getMDY(month, day, year, zone);
     uint32_t anchor =
-        makeValue(month, day, year, hourOf(firstStart), minuteOf(firstStart), 0, zone);
-    if (anchor >= m_value) {
+        m_date.makeValue(month, day, year, hourOf(firstStart), minuteOf(firstStart), 0, zone);
+    if (anchor >= m_date.m_value) {
         stepCalendarDays(month, day, year, -7);
-        anchor = makeValue(month, day, year, hourOf(firstStart), minuteOf(firstStart), 0, zone);
+        anchor =
+            m_date.makeValue(month, day, year, hourOf(firstStart), minuteOf(firstStart), 0, zone);
     }
 
-    getMDYHMS(month, day, year, hour, minute, second, zone);
-    int weekday = static_cast<int>(dayOfWeek(zone));
+    m_date.getMDYHMS(month, day, year, hour, minute, second, zone);
+    int weekday = static_cast<int>(m_date.dayOfWeek(zone));
     int tradeDay = tradeDayOf(weekday, session, crossover, info, static_cast<int>(hour),
                               static_cast<int>(minute));
+    // In the part after midnight of a session that crosses it, the session began the day
+    // before: the walk goes back from that day, or it would meet this session again when it
+    // next turns the date.
+    if (session == crossover && sessionStartTime(info, session) > clockTime(hour, minute)) {
+        stepCalendarDays(month, day, year, -1);
+        weekday = previousWeekday(weekday);
+        hour = hourOf(sessionStartTime(info, session));
+        minute = minuteOf(sessionStartTime(info, session));
+    }
     bool first = true;
-    // Kept: a same-day security has no crossover, so this loop never turns the calendar day
-    // back; it goes round the same day's sessions until the count is used or the day is a
-    // Sunday. On a day where no session is live that would never end: a round of the day's
-    // four sessions (after the first, partial one) that uses up no bar ends the walk there,
-    // with the Date and the count as they stood.
-    int64_t countAtRound = count;
-    bool negativeInRound = false;
-    for (int step = 0; sameDay || step < kWeekSteps; ++step) {
+    // The session whose step back turns the calendar day: the crossover, or for a same-day
+    // security session 3, the mirror of the forward walk's turn at session 0.
+    const int turning = sameDay ? 3 : crossover;
+    for (int step = 0; step < kWeekSteps; ++step) {
         const HOLIDAY_ROW* row = nullptr;
         // Rows are met going back, so each test reads them afresh.
-        int index = holidays ? qvnrt::calendar::firstRowFrom(holidays, month, day, year) : 0;
+        int index = holidays ? firstRowFrom(holidays, month, day, year) : 0;
         if (sessionCounts(month, day, year, hour, minute, crossover, info, session, tradeDay,
                           holidays, index, row)) {
-            // The session's own start: for the first one, that may be the evening before the
-            // date of this instant.
-            Date start(*this);
-            start.sessionStart(month, day, year, hour, minute, info, session, crossover, zone);
+            Date start(m_date);
+            PeriodWalk(start).sessionStart(month, day, year, hour, minute, info, session, crossover,
+                                           zone);
             const uint32_t from = start.m_value;
-            uint32_t to = m_value;
+            uint32_t to = m_date.m_value;
             if (!first) {
-                Date end(*this);
-                end.sessionEnd(month, day, year, info, session, row, crossover, tradeDay == weekday,
-                               zone);
+                Date end(m_date);
+                PeriodWalk(end).sessionEnd(month, day, year, info, session, row, crossover,
+                                           tradeDay == weekday, zone);
                 to = end.m_value;
             }
+            // The mirror of the forward walk: a session with at least as many bars as are
+            // left holds the landing (its first bar when they are equal).
             const int bars = barsBetween(from, to, weight);
-            if (bars > count) {
-                m_value = from + Seconds(bars, bar) - Seconds(count, bar);
+            if (bars >= count) {
+                m_date.m_value = from + Seconds(bars, bar) - Seconds(count, bar);
                 count = 0;
                 return true;
             }
             count -= bars;
-            negativeInRound = negativeInRound || bars < 0;
         }
         session = (session + 3) % 4;
-        if (session == crossover && !(first && tradeDay != weekday)) {
+        if (session == turning && !(first && tradeDay != weekday)) {
             stepCalendarDays(month, day, year, -1);
             weekday = previousWeekday(weekday);
         }
@@ -428,21 +459,11 @@ bool Date::weekWalkBackward(int64_t& count, int weight, const SESSION_INFO* info
                               static_cast<int>(minute));
         first = false;
         if (session == 0 && tradeDay == 7) {
-            m_value = anchor;
+            m_date.m_value = anchor;
             return true;
-        }
-        if (sameDay && step % 4 == 0) {
-            if (step > 0) {
-                const int64_t perRound = countAtRound - count;
-                if (perRound <= 0) return false;
-                // Every round of the same day uses the same bars, and while the count is at
-                // least that many no session of it can land: go straight to the round that
-                // lands. (A session that counts negative bars could; then go round by round.)
-                if (!negativeInRound) count %= perRound;
-            }
-            countAtRound = count;
-            negativeInRound = false;
         }
     }
     return false;
 }
+
+}  // namespace qvnrt::calendar

@@ -1,5 +1,7 @@
 #include "calendar/ZoneConversion.h"
 
+#include "calendar/DateStatics.h"
+
 #include <algorithm>
 
 #include <qvnrt/Date.h>
@@ -94,8 +96,11 @@ uint32_t changeMoment(uint32_t year, const ZoneRule& zoneRule) {
     const uint32_t month = rule.month <= 12 ? rule.month : 0;
     const uint32_t years = year - 1900;
     uint32_t days = kDaysBeforeMonth[month] + years * 365 + (std::max(years, 1u) - 1) / 4;
-    // Kept: tested on the count of years, not the calendar year (see the header).
-    if (month >= 3 && ((years % 4 == 0 && years % 100 != 0) || years % 400 == 0)) ++days;
+    // Kept: tested on the count of years, not the calendar year (see the header), unless the
+    // modern calendar is on.
+    const bool leap = modernCalendar() ? Date::isLeapYear(year)
+                                       : (years % 4 == 0 && years % 100 != 0) || years % 400 == 0;
+    if (month >= 3 && leap) ++days;
     if (rule.day == 0) {
         days += static_cast<uint32_t>(rule.week) - 1;  // a plain day of the month
     } else {

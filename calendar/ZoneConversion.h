@@ -29,7 +29,8 @@ int seasonOf(uint32_t month, uint32_t day, uint32_t year, uint8_t zone);
 // Kept: the leap test runs on the count of years from 1900, so 1900 counts as leap and
 // 2000 does not. In 2000 the first of every month from March on therefore reads as the last
 // of the month before, and a "last weekday of the month" rule from then on lands on that
-// day; in the US zones the change to standard time of 2000 falls on 30 September.
+// day; in the US zones the change to standard time of 2000 falls on 30 September. With the
+// modern calendar on, the test runs on the calendar year.
 uint32_t changeMoment(uint32_t year, const ZoneRule& rule);
 
 // The value of a wall-clock time in the zone (not 255: 51 to 255 are row 18), 1 before

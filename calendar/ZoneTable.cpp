@@ -1,5 +1,7 @@
 #include "calendar/ZoneTable.h"
 
+#include "calendar/DateStatics.h"
+#include "calendar/ModernZones.h"
 #include "platform/LocalZone.h"
 
 namespace qvnrt::calendar {
@@ -210,6 +212,8 @@ ZoneRule standardRule(uint8_t zone, uint32_t year) {
         return Local().standard;
     }
     zone = TableZone(zone);
+    ZoneRule standard, daylight;
+    if (modernCalendar() && modernZoneRules(zone, year, standard, daylight)) return standard;
     const HistoryStart* history = HistoryOf(zone);
     const ZoneRule& current = kZones[zone - 1].standard;
     return history ? FromHistory(history->standardRow, year, current) : current;
@@ -221,6 +225,8 @@ ZoneRule daylightRule(uint8_t zone, uint32_t year) {
         return Local().daylight;
     }
     zone = TableZone(zone);
+    ZoneRule standard, daylight;
+    if (modernCalendar() && modernZoneRules(zone, year, standard, daylight)) return daylight;
     const HistoryStart* history = HistoryOf(zone);
     const ZoneRule& current = kZones[zone - 1].daylight;
     return history ? FromHistory(history->daylightRow, year, current) : current;

@@ -47,6 +47,7 @@ public:
     // Ends Run() after the callback in progress, as Ctrl-C does.
     void Stop();
     bool interrupted() const { return m_interrupted; }
+    TerminalHost& host() { return m_host; }
 
     // The file the loaded driver came from, as the loader resolved it; empty when none.
     static std::string DriverPath();

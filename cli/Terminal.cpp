@@ -95,4 +95,17 @@ ScreenGuard::~ScreenGuard() {
     ::tcsetattr(::fileno(m_stream), TCSANOW, &m_saved);
 }
 
+KeyInput::KeyInput(FILE* stream) : m_fd(::fileno(stream)) {
+    if (!IsTerminal(stream) || ::tcgetattr(m_fd, &m_saved) != 0) return;
+    termios keys = m_saved;
+    keys.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO | ECHOCTL);
+    keys.c_cc[VMIN] = 1;
+    keys.c_cc[VTIME] = 0;
+    m_active = ::tcsetattr(m_fd, TCSANOW, &keys) == 0;
+}
+
+KeyInput::~KeyInput() {
+    if (m_active) ::tcsetattr(m_fd, TCSANOW, &m_saved);
+}
+
 }  // namespace qvnrt::cli

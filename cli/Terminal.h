@@ -58,4 +58,23 @@ private:
     termios m_saved{};
 };
 
+// While it lives, keys typed on the terminal behind `stream` reach the program one at a
+// time, as they are typed, and unechoed; Ctrl-C still interrupts. Its destructor puts the
+// terminal back. Does nothing on a non-terminal. Make it after a ScreenGuard, so that the
+// two put the terminal back in the right order.
+class KeyInput {
+public:
+    explicit KeyInput(FILE* stream);
+    ~KeyInput();
+    KeyInput(const KeyInput&) = delete;
+    KeyInput& operator=(const KeyInput&) = delete;
+
+    bool active() const { return m_active; }
+
+private:
+    int m_fd;
+    bool m_active = false;
+    termios m_saved{};
+};
+
 }  // namespace qvnrt::cli

@@ -11,6 +11,9 @@ int TerminalHost::MessageBox(const char* text, const char*, unsigned style, unsi
 }
 
 int TerminalHost::RunModal(Panel& panel) {
+    if (auto* glance = dynamic_cast<CSymbolAtAGlanceDlg*>(&panel); glance && showGlance) {
+        return showGlance(*glance);
+    }
     std::fprintf(stderr, "qvnrt-cli: the panel \"%s\" needs a window\n", panel.Title());
     return IDCANCEL;
 }

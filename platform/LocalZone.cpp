@@ -217,17 +217,59 @@ bool TimeZoneFromPosixRule(const std::string& rule, TimeZoneInformation& info) {
     return PosixRuleParser(rule).Parse(info);
 }
 
-bool TimeZoneFromTzifFile(const std::string& path, TimeZoneInformation& info) {
-    if (path.empty()) return false;
+namespace {
+
+bool ReadZoneFile(const std::string& path, std::string& bytes) {
     std::ifstream in(path, std::ios::binary);
     if (!in) return false;
-    std::string bytes;
     bytes.resize(kMaxZoneFileSize + 1);
     in.read(bytes.data(), kMaxZoneFileSize + 1);
     if (in.gcount() > kMaxZoneFileSize) return false;
     bytes.resize(static_cast<size_t>(in.gcount()));
-    std::string footer;
-    return TzifFooter(bytes, footer) && TimeZoneFromPosixRule(footer, info);
+    return true;
+}
+
+int32_t SignedBigEndian32(const unsigned char* bytes) {
+    return static_cast<int32_t>(BigEndian32(bytes));
+}
+
+}  // namespace
+
+bool TimeZoneFromTzifFile(const std::string& path, TimeZoneInformation& info) {
+    std::string bytes, footer;
+    return !path.empty() && ReadZoneFile(path, bytes) && TzifFooter(bytes, footer) &&
+           TimeZoneFromPosixRule(footer, info);
+}
+
+bool ReadZoneHistory(const std::string& name, std::vector<ZoneTransition>& transitions,
+                     TimeZoneInformation& rule) {
+    std::string bytes, footer;
+    if (name.empty() || !ReadZoneFile(ZoneFileOf(name), bytes)) return false;
+    if (!TzifFooter(bytes, footer) || !TimeZoneFromPosixRule(footer, rule)) return false;
+    uint64_t firstBlock = 0;
+    TzifBlockSize(bytes, 0, 4, firstBlock);  // TzifFooter has checked both headers
+    const uint64_t header = 44 + firstBlock;
+    const auto* data = reinterpret_cast<const unsigned char*>(bytes.data()) + header;
+    const uint64_t timeCount = BigEndian32(data + 32);
+    const uint64_t typeCount = BigEndian32(data + 36);
+    if (typeCount == 0) return false;
+    const unsigned char* times = data + 44;
+    const unsigned char* indexes = times + timeCount * 8;
+    const unsigned char* types = indexes + timeCount;
+    auto offsetOf = [&](uint64_t type) { return SignedBigEndian32(types + 6 * type); };
+    transitions.clear();
+    // Before the first transition the first type is in force (RFC 8536, 3.2).
+    int32_t before = offsetOf(0);
+    for (uint64_t k = 0; k < timeCount; ++k) {
+        const uint64_t type = indexes[k];
+        if (type >= typeCount) return false;
+        const int64_t at = static_cast<int64_t>((uint64_t{BigEndian32(times + 8 * k)} << 32) |
+                                                BigEndian32(times + 8 * k + 4));
+        const int32_t after = offsetOf(type);
+        transitions.push_back({at, before, after, types[6 * type + 4] != 0});
+        before = after;
+    }
+    return true;
 }
 
 TimeZoneInformation GetTimeZoneInformation() {

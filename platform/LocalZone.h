@@ -26,8 +26,10 @@
 //     hours, which the calendar's formulas add up like any other.
 #pragma once
 
+#include <cstdint>
 #include <ctime>
 #include <string>
+#include <vector>
 
 namespace qvnrt::platform {
 
@@ -66,6 +68,21 @@ bool TimeZoneFromPosixRule(const std::string& rule, TimeZoneInformation& info);
 // The rule at the end of a TZif file of version 2 or later. False, with `info` untouched,
 // when the file cannot be read, is of version 1, is damaged, or ends without a rule.
 bool TimeZoneFromTzifFile(const std::string& path, TimeZoneInformation& info);
+
+// One change of a zone's clock: at `at` (seconds since 1970, GMT) the offset east of GMT
+// goes from `offsetBefore` to `offsetAfter` seconds, into daylight time or out of it.
+struct ZoneTransition {
+    int64_t at;
+    int32_t offsetBefore;
+    int32_t offsetAfter;
+    bool daylightAfter;
+};
+
+// A zone of the tz database by name ("America/New_York", looked up in $TZDIR, else
+// /usr/share/zoneinfo): its transitions in time order and the POSIX rule that follows the
+// last of them. False when the file is missing, of version 1, or damaged.
+bool ReadZoneHistory(const std::string& name, std::vector<ZoneTransition>& transitions,
+                     TimeZoneInformation& rule);
 
 // The TZif file read when $TZ is not set; "/etc/localtime" unless replaced. An empty path
 // restores the default. Returns the previous path.

@@ -1,13 +1,11 @@
 #include <qvnrt/CInetResearch.h>
 
-#include <qvnrt/CInetSearchInfoDlg.h>
-#include <qvnrt/CInetSymbolSearchDlg.h>
 #include <qvnrt/CPrivateProfile.h>
-#include <qvnrt/CSymbolHomePagesDlg.h>
 
 #include "config/Strings.h"
 #include "platform/UiHost.h"
 #include "research/ParsedUrl.h"
+#include "research/ResearchPanels.h"
 
 namespace {
 
@@ -53,8 +51,8 @@ CString HomePageOf(const CString& symbol) {
 }
 
 int RunHomePageEditor(const CString& symbol, CWnd* parent) {
-    CSymbolHomePagesDlg editor(symbol, parent);
-    return qvnrt::GetUiHost().RunModal(editor);
+    const auto& run = qvnrt::research::InstalledResearchPanels().editHomePages;
+    return run ? run(symbol, parent) : qvnrt::IDCANCEL;
 }
 
 }  // namespace
@@ -235,16 +233,14 @@ void CInetResearch::GotoHomePage(int edit, CWnd* parent) {
 }
 
 int CInetResearch::DoInetSearch(CWnd* parent) {
-    CInetSearchInfoDlg search(this, parent);
-    search.m_symbolText = m_symbol;
-    search.m_extraText = m_extraText;
-    qvnrt::GetUiHost().RunModal(search);
+    const auto& run = qvnrt::research::InstalledResearchPanels().search;
+    if (run) run(*this, parent);
     return 2;
 }
 
 int CInetResearch::EditInetSearchURLs(CWnd* parent) {
-    CInetSymbolSearchDlg editor(parent);
-    const int result = qvnrt::GetUiHost().RunModal(editor);
+    const auto& run = qvnrt::research::InstalledResearchPanels().editServices;
+    const int result = run ? run(parent) : qvnrt::IDCANCEL;
     if (result == qvnrt::IDOK) CommonConstructor(m_symbol, m_extraText);
     return result;
 }

@@ -11,7 +11,6 @@
 #include "platform/LiveObjects.h"
 #include "securities/CacheBinding.h"
 #include "securities/DefaultFields.h"
-#include "securities/SecuritiesState.h"
 #include "store/SecCacheEntry.h"
 
 namespace {
@@ -120,7 +119,7 @@ void RTSecurity::setSessHolInfo(CSessionInfo* session, CHolidaysInfo* holidays,
 
 int RTSecurity::CloseEvent() {
     closeTickRequest();
-    closeEodRequest();
+    CloseEOD();
     RTSec_Base::CloseEvent();  // not RTSec_Option's: the option fields survive
     m_lastError = 0;
     m_assetType = RTSECTYPE_NOT_KNOWN;
@@ -171,7 +170,7 @@ int RTSecurity::ModifySecurity(char* fields) {
 
 void RTSecurity::CloseSecurity() {
     closeTickRequest();
-    closeEodRequest();
+    CloseEOD();
     CloseEvent();
     RTSec_Base::Close();
 }
@@ -198,11 +197,6 @@ void RTSecurity::closeTickRequest() {
     unsigned long handle = m_hTickEvent;
     RTServer::CloseEvent(handle);
     m_hTickEvent = 0;
-}
-
-void RTSecurity::closeEodRequest() {
-    qvnrt::securities::State().pendingEod().erase(this);  // undelivered records are dropped
-    RTServer::CloseEvent(m_eodRequest);
 }
 
 // ---- Typed accessors ----

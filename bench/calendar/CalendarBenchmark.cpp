@@ -1,6 +1,7 @@
 // Conversions and steps of Date: how many per second, and how many heap allocations each
 // makes (the allocs_per_op counter; the calendar is meant to make none).
 #include <qvnrt/Date.h>
+#include <qvnrt/host.h>
 
 #include <atomic>
 #include <cstdlib>
@@ -89,6 +90,29 @@ void MakeFromFields(benchmark::State& state) {
     state.SetItemsProcessed(state.iterations());
 }
 BENCHMARK(MakeFromFields)->Arg(ZONE_GMT)->Arg(18)->Arg(ZONE_LOCAL);
+
+// A value taken apart in zone 18 and made again from its fields, with the faithful calendar
+// (0) and the modern one (1), whose row comes from the tz database.
+void RoundTripByCalendar(benchmark::State& state) {
+    qvnrt::SetModernCalendar(state.range(0) != 0);
+    const std::vector<uint32_t> values = Instants();
+    Date date;
+    uint32_t month, day, year, hour, minute, second;
+    date.m_value = values[0];
+    date.getMDYHMS(month, day, year, hour, minute, second, 18);  // reads the database once
+    size_t i = 0;
+    {
+        AllocationCounter counter(state);
+        for (auto _ : state) {
+            date.m_value = values[i++ & 4095];
+            date.getMDYHMS(month, day, year, hour, minute, second, 18);
+            benchmark::DoNotOptimize(date.makeValue(month, day, year, hour, minute, second, 18));
+        }
+    }
+    state.SetItemsProcessed(state.iterations());
+    qvnrt::SetModernCalendar(false);
+}
+BENCHMARK(RoundTripByCalendar)->Arg(0)->Arg(1);
 
 void Steps(benchmark::State& state) {
     const std::vector<uint32_t> values = Instants();

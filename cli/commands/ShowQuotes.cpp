@@ -10,7 +10,8 @@ namespace {
 void LiveBoard(const GlobalOptions& global, CliSession& session, QuoteBoard& board,
                double seconds, const std::string& title) {
     BoardScreen screen(stdout, QuoteBoard::Columns(), ColourWanted(stdout, global.noColour));
-    const auto draw = [&] { screen.Draw(title, board.Rows()); };
+    // Offline, a symbol that the cache lacks gets no row: nothing is coming for it.
+    const auto draw = [&] { screen.Draw(title, board.Rows(global.offline)); };
     session.onHeartBeat = draw;
     session.onResize = [&] {
         screen.Resized();

@@ -2,7 +2,9 @@
 //
 // The simulation reads the same rules the library reads (for zone 18 that is daylight from
 // the first Sunday of April to the last Sunday of October), so that a session edge that the
-// simulation produces falls exactly where the library's calendar expects it.
+// simulation produces falls exactly where the library's calendar expects it. With the
+// modern calendar switched on (CalendarMode.h) it keeps today's rules instead, as the
+// library then does.
 #pragma once
 
 #include <cstdint>
@@ -18,7 +20,7 @@ struct ZoneRule {
 };
 
 class ZoneClock {
-public:
+  public:
     // Zones 13 (US Central), 18 (US Eastern), 22 (London), 23 (GMT) and 45 (Tokyo).
     // Any other id reads as 18, as the library does for ids it has no row for.
     explicit ZoneClock(uint8_t zoneId);
@@ -28,12 +30,15 @@ public:
     int64_t UtcToLocal(int64_t utc) const;
     int64_t LocalToUtc(int64_t local) const;
 
-private:
+  private:
     int64_t ChangeMoment(int year, const ZoneRule& rule) const;
 
     uint8_t m_id;
     ZoneRule m_standard;
     ZoneRule m_daylight;
+    int m_modernFrom;  // 0: the row's rules every year
+    ZoneRule m_modernStandard;
+    ZoneRule m_modernDaylight;
 };
 
 }  // namespace qvnsim

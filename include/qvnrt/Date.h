@@ -184,12 +184,11 @@ public:
     // - with a table of full holidays, a walk by one plain session that goes a whole day of
     //   bars beyond the next trading day lands outside the session;
     // - beyond 260 weeks of bars, whole weeks are skipped without regard to their holidays;
-    // - backward, a same-day security's walk stays on the day it starts from once the count
-    //   reaches the bars before it in its session (subPeriods gives 0 when that lands
-    //   later than the start), and a walk forward out of session 3 stays on that day too;
     // - for a security that opens its trading day the evening before, the search for the
     //   previous or next live session passes over a calendar day when it wraps round the
     //   session table.
+    // One bar on and one back from any live minute returns to it, and from nowhere else: the
+    // in-session test of the bar conversions relies on that.
 
     // code 'I': `count` bars on (negative: back) from the bar that holds this instant,
     // landing on a bar's first second; any other code goes to stepPeriods.
@@ -240,116 +239,6 @@ private:
     // daylight change moved.
     void keepWallClockHour(uint32_t hourBefore, uint8_t zone);
     void clearCache();
-
-    // ---- Trading periods: the steps behind the public five ------------------------------
-    // Session times hold the hour in the high byte and the minute in the low byte and
-    // compare signed; a time of day t below is hour x 256 + minute. A not same-day security
-    // (bIsFirstSessionSameDay 0) opens its trading day on the evening before: its sessions
-    // up to the crossover begin on the calendar day before their trading day.
-
-    // A time of day; the library's Time reads the clock when made, which the walks must not.
-    struct WallTime {
-        int hour;
-        int minute;
-    };
-
-    // DateSessions.cpp
-    // The last session that starts before midnight; -1 for a same-day security. -1 with
-    // `error` 6 when two sessions start together, 1 when no session qualifies.
-    static int crossoverSession(const SESSION_INFO* info, int& error);
-    // crossoverSession, false when a not same-day security has none to walk by.
-    static bool usableCrossover(const SESSION_INFO* info, int& crossover);
-    // The trading day, 1 to 7, of session i on a calendar day of that weekday, for a time
-    // of day hour:minute within it.
-    static int tradeDayOf(int weekday, int session, int crossover, const SESSION_INFO* info,
-                          int hour, int minute);
-    // The session holding this instant's time of day, or -1. With `inGap` true, a time
-    // between sessions answers the session that the gap follows and clears `inGap`.
-    int findSession(const SESSION_INFO* info, bool& inGap, uint8_t zone) const;
-    // Whether a holiday row closes session i of the trading day that the session on that
-    // calendar date at hour:minute belongs to. Rows are read from `index` on, which only
-    // grows. A row that shortens the session comes back in `row`, with the answer false.
-    static bool holidayCheck(uint32_t month, uint32_t day, uint32_t year, uint32_t hour,
-                             uint32_t minute, int crossover, const SESSION_INFO* info, int session,
-                             const HOLIDAYS_INFO* holidays, int& index, const HOLIDAY_ROW*& row);
-    // Whether session i counts: it exists, its mask allows the trading day, and no holiday
-    // row closes it (holidayCheck, with `index` and `row` as there).
-    static bool sessionCounts(uint32_t month, uint32_t day, uint32_t year, uint32_t hour,
-                              uint32_t minute, int crossover, const SESSION_INFO* info,
-                              int session, int tradeDay, const HOLIDAYS_INFO* holidays,
-                              int& index, const HOLIDAY_ROW*& row);
-    // The Date becomes the first second of session i, starting on that date, or on the day
-    // before when the session must have begun there to hold hour:minute.
-    void sessionStart(uint32_t month, uint32_t day, uint32_t year, uint32_t hour, uint32_t minute,
-                      const SESSION_INFO* info, int session, int crossover, uint8_t zone);
-    // The Date becomes the first second after session i (ended by the row when given).
-    // sameTradeDay: the session's trading day is the weekday of that date.
-    void sessionEnd(uint32_t month, uint32_t day, uint32_t year, const SESSION_INFO* info,
-                    int session, const HOLIDAY_ROW* row, int crossover, bool sameTradeDay,
-                    uint8_t zone);
-    // Whole or partial bars from start to end, rounded up; negative when end is earlier.
-    static int barsBetween(uint32_t start, uint32_t end, int weight);
-    // The bars of a whole week without holidays; 1 when the sessions cannot be walked.
-    static int barsPerWeek(const SESSION_INFO* info, int weight);
-    // Whether a row closes every session on this date.
-    bool isFullHoliday(const HOLIDAYS_INFO* holidays, uint8_t zone) const;
-    // All-session rows between the two dates, both included; -1 if a row between them
-    // closes or shortens a single session.
-    int countFullHolidays(const Date& other, const HOLIDAYS_INFO* holidays, uint8_t zone) const;
-    // Whether any row lies between the two dates widened by a day on each side.
-    bool holidayNear(const Date& other, const HOLIDAYS_INFO* holidays, uint8_t zone) const;
-    // Whether a daylight change of the zone may lie between the two dates.
-    bool zoneChangeNear(const Date& other, uint8_t zone) const;
-
-    // DatePeriodEdges.cpp
-    // From session i (the one holding or preceding this instant) back to the last second of
-    // the latest session that is live, which may be session i itself unless skipFirst.
-    // False, with the Date moved, when no live session turns up.
-    bool previousSession(int& session, int crossover, const SESSION_INFO* info,
-                         const HOLIDAYS_INFO* holidays, bool skipFirst, uint8_t zone);
-    // From session i on to the first second of the next live session; `row` gets the row
-    // that shortens it. False, with the Date moved, when none turns up.
-    bool nextSession(int& session, int crossover, const SESSION_INFO* info,
-                     const HOLIDAYS_INFO* holidays, int& index, uint8_t zone,
-                     const HOLIDAY_ROW** row = nullptr);
-    // The two edges of a bar with their log lines; false when they stopped early.
-    struct PeriodPlace {
-        int session;
-        int crossover;
-        uint32_t month, day, year, hour, minute, second;
-        int weekday;
-        bool live;
-        bool skipFirst;
-        const HOLIDAY_ROW* row;
-    };
-    bool placeInPeriod(const char* edge, int weight, const SESSION_INFO* info,
-                       const HOLIDAYS_INFO* holidays, uint8_t zone, PeriodPlace& place);
-    bool firstSecondOfPeriod(int weight, const SESSION_INFO* info, const HOLIDAYS_INFO* holidays,
-                             uint8_t zone);
-    bool lastSecondOfPeriod(int weight, const SESSION_INFO* info, const HOLIDAYS_INFO* holidays,
-                            uint8_t zone);
-
-    // DateWalks.cpp
-    // One plain session a day, by whole days where it can. `last` is the session's last
-    // minute.
-    void fastWalk(int count, int weight, WallTime start, WallTime last,
-                  const HOLIDAYS_INFO* holidays, uint8_t mask, uint8_t zone);
-    // Any sessions: week by week, session by session near holidays and daylight changes.
-    void generalWalk(int64_t count, int weight, const SESSION_INFO* info,
-                     const HOLIDAYS_INFO* holidays, uint8_t zone);
-    void generalWalkBackward(int64_t count, int weight, const SESSION_INFO* info,
-                             const HOLIDAYS_INFO* holidays, uint8_t zone);
-    // Session by session to the end (start) of the trading week, using up `count` bars on
-    // the way; false when they could not walk at all.
-    bool weekWalkForward(int64_t& count, int weight, const SESSION_INFO* info,
-                         const HOLIDAYS_INFO* holidays, uint8_t zone);
-    bool weekWalkBackward(int64_t& count, int weight, const SESSION_INFO* info,
-                          const HOLIDAYS_INFO* holidays, uint8_t zone);
-
-    // DatePeriods.cpp
-    // addPeriods and subPeriods: the log, the dispatch and the underflow guard.
-    void stepByPeriods(int count, char code, int weight, const SESSION_INFO* info,
-                       const HOLIDAYS_INFO* holidays, uint8_t zone, bool subtracting);
 };
 
 static_assert(sizeof(Date) == 28, "Date's fields are laid out as applications expect");

@@ -84,6 +84,25 @@ public:
     static int ReqSecCallbackHelper(unsigned long request, int status, int field, int dataType,
                                     void* data, unsigned long user);
 
+    // ---- End-of-day history ----
+
+    // Asks for the daily history that `request` describes (its layout is agreed between
+    // application and driver; the library passes its address only). Flags: bit 0
+    // streaming, bit 20 send m_strSymbol unmapped. Runs CloseEOD first. Offline the owner
+    // gets ReqEODCallback(0, 0, 1, null) at once, and the driver is asked all the same.
+    // The records reach ReqEODCallback from the cache timer, never inside the driver's
+    // call: oldest first with flags 1, then, while the data is not final, the newest record
+    // alone with flags 0 (a later batch may still change that day), and when the history
+    // has ended a call with count 0 and flags -1. The records are valid during the call
+    // only. True when the driver took the request (m_eodRequest is not 0).
+    bool RequestEOD(EODDATA* request, int flags, ServiceLimit limit);
+    // Cancels the request; records not yet delivered are dropped.
+    void CloseEOD();
+    // The driver's EodCallback: repairs the batch and merges it into what waits for the
+    // timer. 1 when stored; 0 for a user that is not a live security or a broken batch.
+    static int ReqEODCallbackHelper(unsigned long request, int count, int flags,
+                                    RTPRICEREC* records, unsigned long user);
+
     // ---- Session rules ----
 
     CSessionInfo* sessionRulesAre();
@@ -133,6 +152,4 @@ public:
 private:
     // Cancels the intraday request and resets its state.
     void closeTickRequest();
-    // Cancels the end-of-day request.
-    void closeEodRequest();
 };

@@ -130,6 +130,22 @@ public:
 // Installs a clock and returns the previous one; null restores the system clock.
 QVNRT_API Clock* SetClock(Clock* clock);
 
+// ---- Calendar mode ------------------------------------------------------------------------
+
+// Off by default: the calendar's zone table and its reckoning stay as they always were,
+// which applications rely on. On, the rows of the zone table that stand for one region (18
+// New York, 13 Chicago, 30 Denver, 33 Los Angeles, 22 London, 2 Anchorage, 4 Halifax, 32
+// St. John's) take that region's changes, year by year, from the machine's tz database
+// (/usr/share/zoneinfo, or $TZDIR), so that since 2007 New York changes on the second
+// Sunday of March; and the daylight changes reckon leap years as the Gregorian calendar
+// does (2000 is a leap year). Without a readable tz database the mode says so once on
+// std::clog and the rows stay as they are. The setting is also read from the value
+// "Modern Calendar" (dword, 1 for on) of Software\Quorvane\RealTime in the registry store,
+// at the first conversion and again by setTimeZoneChangeFromQvn(), which overrides this
+// call. Set it before making Dates: a Date keeps the change moments of the last zone and
+// year it converted in. Main thread only, like the rest of the calendar.
+QVNRT_API void SetModernCalendar(bool on);
+
 // ---- Diagnostics --------------------------------------------------------------------------
 
 // Why the latest attempt to load a driver failed, in the loader's words (dlerror: the path

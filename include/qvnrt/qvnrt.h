@@ -20,6 +20,7 @@
 #include <qvnrt/RTSec_Option.h>
 #include <qvnrt/RTSecCache.h>
 #include <qvnrt/RTSecChangeDB.h>
+#include <qvnrt/RTSecList.h>
 #include <qvnrt/RTSecurity.h>
 #include <qvnrt/RTSessSecurity.h>
 
@@ -31,6 +32,7 @@
 // Price display.
 #include <qvnrt/CDoubleToFractRep.h>
 #include <qvnrt/CFractionDisplayOptions.h>
+#include <qvnrt/DialogView.h>
 
 // Configuration, symbols and research.
 #include <qvnrt/CInetResearch.h>
@@ -42,3 +44,4 @@
 #include <qvnrt/CInetSymbolSearchDlg.h>
 #include <qvnrt/CNewsUnavailableDlg.h>
 #include <qvnrt/CSymbolHomePagesDlg.h>
+#include <qvnrt/CSymbolAtAGlanceDlg.h>

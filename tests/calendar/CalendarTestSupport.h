@@ -1,15 +1,15 @@
 // Helpers shared by the calendar tests: instants built with the C library (so that expected
-// values never come from the code under test) and a scoped environment variable.
+// values never come from the code under test); ScopedEnv comes from the shared support.
 #pragma once
 
 #include <cstdint>
 #include <cstdio>
-#include <cstdlib>
 #include <ctime>
-#include <optional>
 #include <string>
 
 #include <qvnrt/Date.h>
+
+#include "support/ScopedEnv.h"
 
 namespace qvnrt::test {
 
@@ -43,31 +43,5 @@ inline std::string ToString(const Fields& f) {
                   f.hour, f.minute, f.second);
     return text;
 }
-
-// Sets (or, with nullopt, unsets) a variable for the life of the object, and makes the C
-// library read TZ again when that is the one.
-class ScopedEnv {
-public:
-    ScopedEnv(const char* name, std::optional<std::string> value) : m_name(name) {
-        if (const char* old = std::getenv(name)) m_old = old;
-        Set(value);
-    }
-    ~ScopedEnv() { Set(m_old); }
-    ScopedEnv(const ScopedEnv&) = delete;
-    ScopedEnv& operator=(const ScopedEnv&) = delete;
-
-private:
-    void Set(const std::optional<std::string>& value) {
-        if (value) {
-            ::setenv(m_name.c_str(), value->c_str(), 1);
-        } else {
-            ::unsetenv(m_name.c_str());
-        }
-        ::tzset();
-    }
-
-    std::string m_name;
-    std::optional<std::string> m_old;
-};
 
 }  // namespace qvnrt::test

@@ -119,7 +119,7 @@ void Check(SESSION_INFO& session, HOLIDAYS_INFO* holidays, const BarList& bars, 
 }
 
 class PeriodReference : public ::testing::TestWithParam<int> {
-protected:
+  protected:
     SESSION_INFO m_session = Sessions(true, {{Hm(9, 30), Hm(16, 0)}});
 };
 
@@ -245,26 +245,44 @@ TEST_P(PeriodReference, GeneralWalkForward) {
         });
 }
 
-// Backward the general walk is right only while the count is smaller than the bars of the
-// session before the start. Kept: for a same-day security the backward week walk never turns
-// the calendar day back, it goes round the same day's session until the count is used; what
-// lands later than the start becomes 0 through subPeriods' underflow guard.
-TEST_P(PeriodReference, GeneralWalkBackwardStaysOnTheSameDay) {
+// Backward, the mirror: session by session to the start of the week, week by week for up to
+// 260 weeks of bars, and beyond that the whole weeks at once. After such a skip the walk goes
+// back through one more week; a count that the skip used up exactly lands on the first bar at
+// or after the week's start, and one that the week before cannot hold lands on the last bar
+// before that week.
+TEST_P(PeriodReference, GeneralWalkBackward) {
     const int weight = GetParam();
     HolidayTable table(Holidays(true), false);
     const BarList bars(Hm(9, 30), Hm(16, 0), table.rows(), weight, kFromYear, kToYear);
-    auto inDay = [&](const Case& c) { return c.from - bars.firstBarOf(bars.dayOf(c.from)); };
+    const long perWeek = 5 * bars.days()[0].bars;
+    struct Skip {
+        long from, to;    // Sundays: the start of the start's week, and where the skip lands
+        long afterWeeks;  // bars left after it, or -1 for no skip
+    };
+    auto skipOf = [&](const Case& c) {
+        const auto& day = bars.days()[bars.dayOf(c.from)];
+        const long sunday = day.civil - WeekdayOfCivil(day.civil) % 7;
+        const long left = c.count - (c.from - bars.firstAtOrAfter(NineThirty(sunday)));
+        if (left <= 260 * perWeek) return Skip{sunday, sunday, -1};
+        return Skip{sunday, sunday - 7 * (left / perWeek), left % perWeek};
+    };
     Check(
         m_session, table.get(), bars, true, weight,
         [&](const Case& c) {
-            const long before = inDay(c);
-            if (c.count < before) return bars.at(c.from - c.count);
-            const long perDay = bars.days()[bars.dayOf(c.from)].bars;
-            const long rest = (c.count - before) % perDay;
-            const long landed = rest == 0 ? perDay - 1 : perDay - rest;
-            return landed > before ? 0u : bars.at(bars.firstBarOf(bars.dayOf(c.from)) + landed);
+            const Skip skip = skipOf(c);
+            if (skip.afterWeeks < 0) return bars.at(c.from - c.count);
+            const long start = bars.firstAtOrAfter(NineThirty(skip.to));
+            const long weekBefore = bars.firstAtOrAfter(NineThirty(skip.to - 7));
+            return bars.at(std::max(start - skip.afterWeeks, weekBefore - 1));
         },
-        [&](const Case& c) { return c.count >= inDay(c); });
+        [&](const Case& c) {
+            const Skip skip = skipOf(c);
+            for (const HolidayRow& row : table.rows()) {
+                const long day = DaysFromCivil(row.year, row.month, row.day);
+                if (day >= skip.to && day < skip.from && WeekdayOfCivil(day) <= 5) return true;
+            }
+            return false;
+        });
 }
 
 }  // namespace

@@ -98,21 +98,8 @@ TEST(DatePeriods, OneMinuteOnAndBackFindsTheSessions) {
         }
     }
     EXPECT_FALSE(plain.inSession(At(kY, kM, 5, 10, 0)));  // Saturday
-
-    // With two sessions the general walk answers too, except for the first minute of each
-    // session and the last minute of the day. Kept: going back one bar from a session's
-    // second bar, the backward walk needs one bar more than lies before it in the session,
-    // and, from the next morning's first bar, one more than none; for a same-day security it
-    // then goes round that same day's sessions, landing on the morning session's last minute
-    // or later than it began (which subPeriods turns into 0).
-    Walker lunch = Lunch(-1);
-    for (uint32_t minute = Wed(9, 0); minute < Wed(16, 30); minute += 60) {
-        const bool open = (minute > Wed(9, 30) && minute < Wed(12, 0)) ||
-                          (minute > Wed(13, 0) && minute < Wed(15, 59));
-        EXPECT_EQ(open, lunch.inSession(minute)) << Text(minute);
-    }
-    EXPECT_EQ(Text(Wed(11, 59)), Text(lunch.sub(Wed(13, 1), 1)));
-    EXPECT_EQ(0u, lunch.sub(Wed(9, 31), 1));
+    // Securities with several sessions, or that open the evening before, are checked
+    // minute by minute in DatePeriodsSessionReferenceTest.cpp.
 }
 
 TEST(DatePeriods, HolidaysCloseOrShortenTheDay) {

@@ -143,7 +143,9 @@ INSTANTIATE_TEST_SUITE_P(
         OutcomeCase{"CacheNotADirectory",
                     {"--cache", "not-a-directory/cache", "snapshot", "ACME"}, {}, 1,
                     {"cache directory not-a-directory/cache: Not a directory"}},
-        OutcomeCase{"Info", {"info"}, {}, 0, {}}),
+        OutcomeCase{"Info", {"info"}, {}, 0, {}},
+        OutcomeCase{"GlancePiped", {"glance", "ACME"}, {}, 0, {}},
+        OutcomeCase{"GlanceUnknown", {"glance", "NOSUCH"}, {}, 1, {"NOSUCH: no quote came"}}),
     [](const auto& info) { return info.param.name; });
 
 TEST_F(CliEndToEnd, InfoNamesTheFileTheDriverCameFrom) {

@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/TempDir.h"
+
 TEST(PublicApi, ServerAndSecurities) {
     EXPECT_FALSE(RTServer::IsConnected());
     EXPECT_EQ(0, RTServer::SetDLLName(nullptr));
@@ -17,6 +19,8 @@ TEST(PublicApi, ServerAndSecurities) {
     EXPECT_EQ(0, exchange.GetExchangeIndex(&error));
     CSessionInfo rules;
     EXPECT_EQ(2, rules.Use());
+    RTSecList list;
+    EXPECT_EQ(0, list.SecRequest(0, -1));  // an empty list asks for nothing
     g_appDataServiceRights.NoteConnectionState(-1);
     RTSecCache::CacheTimerProc(nullptr, 0, 0, 0);
 }
@@ -50,6 +54,10 @@ TEST(PublicApi, HostHooks) {
     EXPECT_EQ(nullptr, qvnrt::SetUiHost(&host));
     CNewsUnavailableDlg panel(nullptr);
     EXPECT_EQ(qvnrt::IDOK, qvnrt::GetUiHost().RunModal(panel));
+    // The library installs its research panels when it loads: the editor reaches the host.
+    qvnrt::test::IsolatedHome home;
+    CInetResearch research;
+    EXPECT_EQ(qvnrt::IDOK, research.EditInetSearchURLs(nullptr));
     qvnrt::SetUiHost(nullptr);
     qvnrt::PollLoop loop;
     EXPECT_EQ(nullptr, qvnrt::SetMainLoop(&loop));

@@ -33,6 +33,10 @@ public:
         return GetUpperBound();
     }
     void SetSize(int size) { m_items.resize(size > 0 ? static_cast<size_t>(size) : 0); }
+    // Room for `size` elements in all without growing again; a smaller size does nothing.
+    void Reserve(int size) {
+        if (size > 0) m_items.reserve(static_cast<size_t>(size));
+    }
     void InsertAt(int index, const T& value, int count = 1) {
         if (index > GetSize()) SetSize(index);
         m_items.insert(m_items.begin() + index, static_cast<size_t>(count), value);
