@@ -4,6 +4,7 @@
 #include <climits>
 #include <cstring>
 #include <iostream>
+#include <new>
 #include <vector>
 
 #include <qvnrt/RTSecChangeDB.h>
@@ -103,7 +104,7 @@ bool RTSecChangeDB::merge(long timestamp, int count, const RTSecChange* changes,
     // The timestamp goes first, as it always has: a crash before the flush leaves a stamp
     // newer than the records.
     const int32_t previousStamp = m_view ? header()->timestamp : 0;
-    if (m_view) header()->timestamp = static_cast<int32_t>(timestamp);
+    if (m_view) header()->timestamp = static_cast<int32_t>(timestamp);  // the file keeps 32 bits
     if (count < 0 || !changes) return m_view != nullptr;
 
     const size_t storedCount = records().size();
@@ -113,22 +114,30 @@ bool RTSecChangeDB::merge(long timestamp, int count, const RTSecChange* changes,
         if (m_view) header()->timestamp = previousStamp;
         return false;
     }
-    // libstdc++'s sort is the introsort that leaves runs of 16 to an insertion sort, so
-    // equal records of one batch end up in the order the file always gave them.
-    std::vector<RTSecChange> batch(changes, changes + count);
-    std::sort(batch.begin(), batch.end(), SecChangeLess);
-    // Applied even when the file is not open: data that the service has withdrawn must not
-    // stay in view because the file could not be mapped.
-    if (apply && !batch.empty()) apply(batch.data(), batch.size());
-    if (!m_view) return false;
-
-    const std::span<RTSecChange> stored = records();
-    // The batch comes first: of a new and an old record that compare equal, the new stays,
-    // while equal records of one batch are all kept.
     std::vector<RTSecChange> merged;
-    merged.reserve(batch.size() + stored.size());
-    std::set_union(batch.begin(), batch.end(), stored.begin(), stored.end(),
-                   std::back_inserter(merged), SecChangeLess);
+    try {
+        // std::sort is the introsort that leaves runs of 16 to an insertion sort; in which
+        // order it leaves equal records was never specified, and is not now.
+        std::vector<RTSecChange> batch(changes, changes + count);
+        std::sort(batch.begin(), batch.end(), SecChangeLess);
+        // Applied even when the file is not open: data that the service has withdrawn must
+        // not stay in view because the file could not be mapped.
+        if (apply && !batch.empty()) apply(batch.data(), batch.size());
+        if (!m_view) return false;
+
+        const std::span<RTSecChange> stored = records();
+        // The batch comes first: of a new and an old record that compare equal, the new
+        // stays, while equal records of one batch are all kept.
+        merged.reserve(batch.size() + stored.size());
+        std::set_union(batch.begin(), batch.end(), stored.begin(), stored.end(),
+                       std::back_inserter(merged), SecChangeLess);
+    } catch (const std::bad_alloc&) {
+        // The driver's count decides the size; no exception may leave the library.
+        std::clog << kFileName << ": no memory for a batch of " << count << " changes; dropped"
+                  << std::endl;
+        if (m_view) header()->timestamp = previousStamp;
+        return false;
+    }
 
     if (!setSize(static_cast<unsigned>(kHeaderSize + kRecordSize * merged.size()))) {
         std::clog << kFileName << ": cannot grow to " << merged.size()
