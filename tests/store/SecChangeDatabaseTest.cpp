@@ -62,7 +62,9 @@ class SecChangeDB : public ::testing::Test {
     void WriteFile(SecChangeFileHeader header, const Changes& records = {}) const {
         std::string bytes(4096, '\0');
         std::memcpy(bytes.data(), &header, sizeof header);
-        std::memcpy(bytes.data() + 256, records.data(), records.size() * sizeof(RTSecChange));
+        if (!records.empty()) {
+            std::memcpy(bytes.data() + 256, records.data(), records.size() * sizeof(RTSecChange));
+        }
         session.home.host().write("secmaint.dat", bytes);
     }
     void Store(long stamp, Changes batch) {
