@@ -1,6 +1,8 @@
 #include "securities/SecuritiesState.h"
 
+#include "securities/ApplySecChanges.h"
 #include "server/CacheTimer.h"
+#include "store/StoreHooks.h"
 
 namespace qvnrt::securities {
 namespace {
@@ -14,10 +16,12 @@ SecuritiesState g_state;
 SecuritiesState& State() { return g_state; }
 
 // The timer is made at first use, here at the latest, so it is destroyed after this object:
-// the steps never outlive the state that they read.
+// the steps never outlive the state that they read. The store's hooks are made at first use
+// too, so the change batch finds this layer's step whichever object is built first.
 SecuritiesState::SecuritiesState() {
     server::TheCacheTimer().addStep(server::TickStage::PendingTicks, &DeliverPendingTicks);
     server::TheCacheTimer().addStep(server::TickStage::PendingEod, &DeliverPendingEod);
+    RTSecCache::Hooks().applyChanges = &ApplySecChanges;
 }
 
 }  // namespace qvnrt::securities

@@ -3,11 +3,11 @@
 #include <cstdint>
 
 #include <qvnrt/CDataServiceRights.h>
+#include <qvnrt/RTSecChangeDB.h>
 #include <qvnrt/RTServer.h>
 
 #include "platform/Clock.h"
 #include "platform/UiHost.h"
-#include "store/SecChangeDatabase.h"
 
 int RTServer::s_connectMode = 1;
 int RTServer::s_lProcessingEOD = 0;

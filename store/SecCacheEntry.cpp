@@ -7,6 +7,7 @@
 #include "platform/Directories.h"
 #include "store/SecCache.h"
 #include "store/SecFieldTable.h"
+#include "store/StoreHooks.h"
 #include "store/StoreState.h"
 #include "store/TickFilePath.h"
 
@@ -173,7 +174,9 @@ bool SecCacheEntry::sessionInfo(SESSION_INFO*& session, HOLIDAYS_INFO*& holidays
 void SecCacheEntry::applySecChange(const RTSecChange* change) {
     if (!change || change->kind != 'S') return;
     m_record->presence = 0;
-    // This build keeps no intraday stores, so no store or .tik root is open to close first.
+    // The stores save what they hold before they go, and the root must be closed before
+    // its file can be removed.
+    if (const TickStoreCloser close = Hooks().closeTickStores) close(*this);
     qvnrt::platform::DeleteFile(TickFilePath(m_record->symbol));
     m_record->tikTime = 0;  // the recorded size stays as it was
 }

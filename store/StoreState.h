@@ -1,5 +1,5 @@
 // The store's process-wide state: the security cache's settings, the clock that stamps its
-// records, and the one SecCache. One object, built when the library is loaded (so the
+// records, the one SecCache and the security change database. One object, built when the library is loaded (so the
 // default directory is the working directory at load) and destroyed at unload, which
 // closes the files.
 #pragma once
@@ -8,6 +8,7 @@
 
 #include <qvnrt/compat/CString.h>
 
+#include "store/RTSecChangeDB.h"
 #include "store/SecCache.h"
 
 namespace RTSecCache {
@@ -35,6 +36,8 @@ public:
     void refreshClock();
 
     SecCache& secCache() { return m_secCache; }
+    // "secmaint.dat", opened by the first GetRTSecChangeTimestamp, closed at unload.
+    RTSecChangeDB& changeDB() { return m_changeDB; }
 
 private:
     bool m_enabled = false;
@@ -42,6 +45,7 @@ private:
     unsigned long m_keepSeconds = 0;
     time_t m_now = 0;
     SecCache m_secCache;
+    RTSecChangeDB m_changeDB;
 };
 
 // The store's one state object.

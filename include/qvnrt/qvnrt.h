@@ -19,6 +19,7 @@
 #include <qvnrt/RTSec_Base.h>
 #include <qvnrt/RTSec_Option.h>
 #include <qvnrt/RTSecCache.h>
+#include <qvnrt/RTSecChangeDB.h>
 #include <qvnrt/RTSecList.h>
 #include <qvnrt/RTSecurity.h>
 #include <qvnrt/RTSessSecurity.h>

@@ -273,6 +273,28 @@ TEST_F(CliEndToEnd, ASixtySecondStepKeepsItsPace) {
     EXPECT_LE(minutes, 10 * 60 + 12) << "the clock ran away: " << last[7];
 }
 
+TEST_F(CliEndToEnd, ChangesAreMergedAtConnectAndListedFromTheFile) {
+    // secmaint.dat in the test's directory; the driver named by its path, since the
+    // directory of the program is then no longer searched first.
+    const std::string driver =
+        (std::filesystem::path(QVNRT_CLI_PATH).parent_path() / "Client.DLL").string();
+    const CliEnvironment environment = Environment({"QVNRT_APP_DIR=" + work.path()});
+    const CliResult online =
+        RunCli({"--driver", driver, "changes", "--format", "csv"}, environment);
+    ASSERT_EQ(0, online.status) << online.err;
+    const auto rows = CsvRows(online.out);
+    ASSERT_EQ(2u, rows.size()) << online.out;
+    EXPECT_EQ("S", rows.at("BLTN")[2]);
+    EXPECT_NE(std::string::npos, online.err.find("2 changes, stamp ")) << online.err;
+
+    const CliResult offline = RunCli({"--offline", "changes", "BLTN"}, environment);
+    ASSERT_EQ(0, offline.status) << offline.err;
+    const Lines lines = SplitLines(offline.out);
+    ASSERT_EQ(3u, lines.size()) << offline.out;  // header, the row, the count
+    EXPECT_EQ(0u, lines[1].find("BLTN"));
+    EXPECT_EQ(0u, lines[2].find("1 change, stamp ")) << lines[2];
+}
+
 TEST_F(CliEndToEnd, TheDemoRemovesItsTemporaryConfiguration) {
     TempDir temporary;
     CliEnvironment environment = Environment({"TMPDIR=" + temporary.path()});

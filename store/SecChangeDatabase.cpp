@@ -1,5 +1,0 @@
-#include "store/SecChangeDatabase.h"
-
-long GetRTSecChangeTimestamp() { return 0; }
-
-bool SetRTSecChangeInfo(long, int, RTSecChange*) { return true; }

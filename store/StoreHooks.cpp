@@ -1,0 +1,10 @@
+#include "store/StoreHooks.h"
+
+namespace RTSecCache {
+
+StoreHooks& Hooks() {
+    static StoreHooks hooks;
+    return hooks;
+}
+
+}  // namespace RTSecCache
