@@ -10,10 +10,16 @@
 
 class CSymbolAtAGlanceDlg;
 class CNewsUnavailableDlg;
+class CInetSearchInfoDlg;
+class CInetSymbolSearchDlg;
+class CSymbolHomePagesDlg;
 
 namespace qvnrt::qt {
 
 std::unique_ptr<QDialog> MakeGlanceDialog(CSymbolAtAGlanceDlg& panel, QWidget* parent);
 std::unique_ptr<QDialog> MakeNewsUnavailableDialog(CNewsUnavailableDlg& panel, QWidget* parent);
+std::unique_ptr<QDialog> MakeSearchInfoDialog(CInetSearchInfoDlg& panel, QWidget* parent);
+std::unique_ptr<QDialog> MakeSymbolSearchDialog(CInetSymbolSearchDlg& panel, QWidget* parent);
+std::unique_ptr<QDialog> MakeHomePagesDialog(CSymbolHomePagesDlg& panel, QWidget* parent);
 
 }  // namespace qvnrt::qt

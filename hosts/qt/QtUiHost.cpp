@@ -6,8 +6,11 @@
 #include <QTimer>
 #include <QUrl>
 
+#include <qvnrt/CInetSearchInfoDlg.h>
+#include <qvnrt/CInetSymbolSearchDlg.h>
 #include <qvnrt/CNewsUnavailableDlg.h>
 #include <qvnrt/CSymbolAtAGlanceDlg.h>
+#include <qvnrt/CSymbolHomePagesDlg.h>
 
 #include "PanelDialogs.h"
 
@@ -78,6 +81,15 @@ std::unique_ptr<QDialog> MakeDialog(Panel& panel, QWidget* parent) {
     }
     if (auto* news = dynamic_cast<CNewsUnavailableDlg*>(&panel)) {
         return qt::MakeNewsUnavailableDialog(*news, parent);
+    }
+    if (auto* info = dynamic_cast<CInetSearchInfoDlg*>(&panel)) {
+        return qt::MakeSearchInfoDialog(*info, parent);
+    }
+    if (auto* search = dynamic_cast<CInetSymbolSearchDlg*>(&panel)) {
+        return qt::MakeSymbolSearchDialog(*search, parent);
+    }
+    if (auto* pages = dynamic_cast<CSymbolHomePagesDlg*>(&panel)) {
+        return qt::MakeHomePagesDialog(*pages, parent);
     }
     return nullptr;
 }

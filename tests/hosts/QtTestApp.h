@@ -15,8 +15,10 @@ inline QApplication& TestApp() {
     static char name[] = "qvnrt-qt-test";
     static char* argv[] = {name, nullptr};
     setenv("QT_QPA_PLATFORM", "offscreen", 0);
-    static QApplication app(argc, argv);
-    return app;
+    // Never destroyed: at exit Qt's own statics (the input device QTest makes) may already be
+    // gone, and a QApplication torn down after them crashes.
+    static QApplication* app = new QApplication(argc, argv);
+    return *app;
 }
 
 // Runs the event loop until `done` holds or `ms` pass; the last answer of `done`.
