@@ -103,14 +103,19 @@ QtUiHost::~QtUiHost() {
 }
 
 int QtUiHost::MessageBox(const char* text, const char* caption, unsigned style, unsigned) {
-    QMessageBox box(IconOf(style), Text(caption), Text(text), ButtonsOf(style), m_parent);
+    QMessageBox box(IconOf(style), Text(caption), Text(text), ButtonsOf(style), Owner());
     box.exec();
     return AnswerOf(box.standardButton(box.clickedButton()), style);
 }
 
 int QtUiHost::RunModal(Panel& panel) {
-    std::unique_ptr<QDialog> dialog = MakeDialog(panel, m_parent);
+    std::unique_ptr<QDialog> dialog = MakeDialog(panel, Owner());
     if (!dialog) return IDCANCEL;
+    m_open.push_back(dialog.get());
+    struct Closed {
+        std::vector<QDialog*>& open;
+        ~Closed() { open.pop_back(); }
+    } closed{m_open};
     dialog->setWindowTitle(Text(panel.Title()));
     if (m_shownHook) {
         // Queued: it runs once exec() has shown the dialog.
@@ -119,6 +124,11 @@ int QtUiHost::RunModal(Panel& panel) {
         });
     }
     return dialog->exec() == QDialog::Accepted ? IDOK : IDCANCEL;
+}
+
+QWidget* QtUiHost::Owner() const {
+    // A box or panel opened from a panel belongs to that panel, so it stays above it.
+    return m_open.empty() ? m_parent : m_open.back();
 }
 
 void QtUiHost::BeginWaitCursor() {

@@ -132,6 +132,26 @@ TEST_F(QtHost, NewsUnavailableListsTheFailedSymbols) {
     EXPECT_EQ(panel.m_strMessage.operator const char*(), message);
 }
 
+// A box opened while a panel is shown belongs to the panel, so it cannot fall behind it.
+TEST_F(QtHost, BoxFromAPanelBelongsToThePanel) {
+    CNewsUnavailableDlg panel;
+    QWidget* panelWindow = nullptr;
+    QWidget* boxOwner = nullptr;
+    host.SetPanelShownHook([&](QDialog& dialog, qvnrt::Panel&) {
+        panelWindow = &dialog;
+        QTimer::singleShot(0, [&] {
+            QWidget* box = QApplication::activeModalWidget();
+            boxOwner = box ? box->parentWidget() : nullptr;
+            if (box) box->close();
+        });
+        host.MessageBox("text", "caption", qvnrt::MB_OK, 0);
+        dialog.accept();
+    });
+    host.RunModal(panel);
+    ASSERT_NE(nullptr, panelWindow);
+    EXPECT_EQ(panelWindow, boxOwner);
+}
+
 TEST_F(QtHost, UnknownPanelIsCancelled) {
     struct Other : qvnrt::Panel {
         const char* Title() const override { return "other"; }

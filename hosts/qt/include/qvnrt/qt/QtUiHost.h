@@ -9,6 +9,7 @@
 #pragma once
 
 #include <functional>
+#include <vector>
 
 #include <qvnrt/host.h>
 #include <qvnrt/qt/export.h>
@@ -23,8 +24,8 @@ namespace qvnrt {
 // (install a QtMainLoop as well). A panel the host does not know answers IDCANCEL.
 class QVNRT_QT_API QtUiHost : public UiHost {
 public:
-    // `parent` (not owned, may be null) is the owner of the boxes and panels whose caller
-    // names no parent window.
+    // `parent` (not owned, may be null) owns the boxes and panels opened while no panel is
+    // shown; those opened from a panel belong to the innermost panel.
     explicit QtUiHost(QWidget* parent = nullptr);
     ~QtUiHost() override;
 
@@ -45,7 +46,10 @@ public:
     void SetPanelShownHook(std::function<void(QDialog&, Panel&)> hook);
 
 private:
+    QWidget* Owner() const;
+
     QWidget* m_parent;
+    std::vector<QDialog*> m_open;  // the panels being shown, innermost last
     int m_waitDepth;
     std::function<void(QDialog&, Panel&)> m_shownHook;
 };
