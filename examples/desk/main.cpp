@@ -77,7 +77,8 @@ int main(int argc, char** argv) {
             const int timeoutMs = parser.value(timeoutOption).toInt() * 1000;
             QElapsedTimer elapsed;
             elapsed.start();
-            QObject::connect(&watch, &QTimer::timeout, [&] {
+            // By value: this block ends before the loop runs.
+            QObject::connect(&watch, &QTimer::timeout, [&app, &window, wanted, timeoutMs, elapsed] {
                 if (window.ChartBars() >= wanted) {
                     std::printf("bars %s %zu\n", window.ChartSymbol().c_str(), window.ChartBars());
                     app.exit(0);
