@@ -39,6 +39,21 @@ if(TARGET qvnrt-cli)
   install(TARGETS qvnrt-cli RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 endif()
 
+# The Qt host, where it was built: its own export set, so that the package asks for Qt only
+# when the component is installed.
+if(TARGET qvnrt-qt)
+  set_target_properties(qvnrt-qt PROPERTIES INSTALL_RPATH "$ORIGIN")
+  install(TARGETS qvnrt-qt EXPORT qvnrtQtTargets
+    LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
+      COMPONENT runtime NAMELINK_COMPONENT development
+    INCLUDES DESTINATION ${CMAKE_INSTALL_INCLUDEDIR})
+  install(DIRECTORY ${PROJECT_SOURCE_DIR}/hosts/qt/include/qvnrt/qt
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qvnrt COMPONENT development
+    FILES_MATCHING PATTERN "*.h")
+  install(EXPORT qvnrtQtTargets NAMESPACE qvnrt:: DESTINATION ${QVNRT_CMAKE_DIR}
+    COMPONENT development)
+endif()
+
 install(EXPORT qvnrtTargets NAMESPACE qvnrt:: DESTINATION ${QVNRT_CMAKE_DIR}
   COMPONENT development)
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/qvnrtConfig.cmake.in

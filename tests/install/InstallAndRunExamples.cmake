@@ -64,3 +64,15 @@ expect_lines("quote_watch on fixed_quotes" "${out}" ${quotes})
 step("installed qvnrt-cli" OUTPUT_VARIABLE out
      COMMAND ${env} ${prefix}/bin/qvnrt-cli snapshot ACME)
 expect_lines("installed qvnrt-cli" "${out}" "ACME +[0-9]")
+
+# The Qt desk, where the Qt host was built: qvnrt::qt found through the same package, on the
+# installed simulation, off screen.
+if(WITH_QT)
+  step("configure examples/desk" COMMAND ${CMAKE_COMMAND} -S ${SOURCE_DIR}/examples/desk
+       -B ${WORK_DIR}/desk ${compilers} -DCMAKE_PREFIX_PATH=${prefix})
+  step("build examples/desk" COMMAND ${CMAKE_COMMAND} --build ${WORK_DIR}/desk)
+  step("desk on the installed simulation" OUTPUT_VARIABLE out
+       COMMAND ${env} QT_QPA_PLATFORM=offscreen QVNSIM_STEP_SECONDS=60
+               ${WORK_DIR}/desk/desk --width 1 --exit-after-bars 2 --timeout 20)
+  expect_lines("desk on the installed simulation" "${out}" "bars ACME [2-9]")
+endif()
