@@ -10,7 +10,7 @@ SHELL := /bin/bash
 JOBS ?= $(shell nproc 2>/dev/null || echo 2)
 BUILD ?= build
 SANITIZE_BUILD ?= build-sanitize
-PACKAGES := build-essential cmake libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev tzdata
+PACKAGES := build-essential cmake libgtest-dev libgmock-dev libbenchmark-dev libcli11-dev libsqlite3-dev tzdata
 
 .PHONY: all deps build build-sanitize check layers test test-sanitize demo bench clean
 

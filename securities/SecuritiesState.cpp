@@ -1,5 +1,6 @@
 #include "securities/SecuritiesState.h"
 
+#include "securities/TickFrontDoor.h"
 #include "server/CacheTimer.h"
 
 namespace qvnrt::securities {
@@ -18,6 +19,7 @@ SecuritiesState& State() { return g_state; }
 SecuritiesState::SecuritiesState() {
     server::TheCacheTimer().addStep(server::TickStage::PendingTicks, &DeliverPendingTicks);
     server::TheCacheTimer().addStep(server::TickStage::PendingEod, &DeliverPendingEod);
+    server::TheCacheTimer().addStep(server::TickStage::LiveStores, &RTSecCache::pushLiveStores);
 }
 
 }  // namespace qvnrt::securities

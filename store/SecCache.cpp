@@ -86,7 +86,7 @@ void SecCache::scan() {
         m_map.insert(record);
         if (record->tikSize != 0 &&
             static_cast<unsigned long>(store.now() - record->tikTime) > store.keepSeconds()) {
-            qvnrt::platform::DeleteFile(TickFilePath(record->symbol));
+            qvnrt::platform::DeleteFile(tickFilePath(record->symbol));
             record->tikSize = 0;
         }
     }

@@ -8,7 +8,7 @@
 #include "store/SecCache.h"
 #include "store/SecFieldTable.h"
 #include "store/StoreState.h"
-#include "store/TickFilePath.h"
+#include "store/TickFiles.h"
 
 namespace RTSecCache {
 namespace {
@@ -164,9 +164,7 @@ bool SecCacheEntry::sessionInfo(SESSION_INFO*& session, HOLIDAYS_INFO*& holidays
 void SecCacheEntry::applySecChange(const RTSecChange* change) {
     if (!change || change->kind != 'S') return;
     m_record->presence = 0;
-    // This build keeps no intraday stores, so no store or .tik root is open to close first.
-    qvnrt::platform::DeleteFile(TickFilePath(m_record->symbol));
-    m_record->tikTime = 0;  // the recorded size stays as it was
+    destroyTickStores(*this);
 }
 
 }  // namespace RTSecCache
