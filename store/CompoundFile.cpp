@@ -31,7 +31,7 @@ void RemoveWithCompanions(const std::string& path) {
 // The number of tables in the database, or -1 with `outcome` set when it cannot be read.
 int TableCount(sqlite3* db, Try& outcome) {
     sqlite3_stmt* count = nullptr;
-    int code = sqlite3_prepare_v2(db, "SELECT count(*) FROM sqlite_master", -1, &count, nullptr);
+    int code = sqlite3_prepare_v2(db, "SELECT count(*) FROM sqlite_master WHERE type = 'table'", -1, &count, nullptr);
     int tables = -1;
     if (code == SQLITE_OK) {
         code = sqlite3_step(count);

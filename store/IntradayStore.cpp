@@ -211,6 +211,9 @@ void IntradayStore<Record>::deliver(typename Pending::iterator pending) {
         }
         cursor = std::max(floor, below);
     }
+    // Nothing left to fetch: what the blocks did not hold down to the floor is not there (a
+    // reply that failed leaves no block, and its request must end all the same).
+    if (range.from > range.to) cursor = std::min(cursor, floor);
 
     // Found again: the owner may have closed it inside a send.
     auto [first, last] = m_pending.equal_range(key);
@@ -279,7 +282,8 @@ int IntradayStore<Record>::onDriverReply(uint32_t handle, int count, int live, i
     if (consumed < count) {
         Records rest(batch.begin() + consumed, batch.end());
         const uint32_t oldest = rest.back().time;
-        writeRange(oldest, std::max(range.to, rest.front().time), std::move(rest));
+        const uint32_t last = std::max(range.to, rest.front().time);
+        writeRange(oldest, last, std::move(rest));
         range.to = oldest - 1;
     }
     passReply(shared, range, batch.data(), count);
@@ -476,7 +480,7 @@ void IntradayStore<Record>::flushLive() {
     if (going <= 0) return;
     Records batch(m_liveBuffer.rend() - going, m_liveBuffer.rend());
     m_liveBuffer.erase(m_liveBuffer.begin(), m_liveBuffer.begin() + going);
-    const uint32_t newest = batch.front().time;
+    const uint32_t newest = batch.front().time;  // read before the batch moves away
     writeRange(m_liveStart + 1, newest, std::move(batch));
     m_liveStart = newest;
     for (auto& [owner, subscriber] : m_subscribers) {

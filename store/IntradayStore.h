@@ -82,6 +82,9 @@ public:
     void flushLive();
 
     const std::vector<BlockIndexEntry>& index() const { return m_index; }
+    // The live records not yet on disk, oldest first, and the newest time on disk below them.
+    const std::vector<Record>& liveBuffer() const { return m_liveBuffer; }
+    uint32_t liveStart() const { return m_liveStart; }
     static constexpr int kType = sizeof(Record) == sizeof(TICKREC) ? RTREC_TICKREC
                                                                      : RTREC_INTRADAY_PRICEREC;
 
