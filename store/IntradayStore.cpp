@@ -43,6 +43,21 @@ std::pair<size_t, size_t> Slice(const std::vector<Record>& newestFirst, int64_t 
 
 }  // namespace
 
+std::vector<BlockIndexEntry> ReadContents(const std::vector<unsigned char>& contents) {
+    std::vector<BlockIndexEntry> index;
+    if (contents.size() < 8 || Load<uint32_t>(contents.data()) != kContentsVersion) return index;
+    const size_t count = std::min<size_t>(Load<uint32_t>(contents.data() + 4),
+                                          (contents.size() - 8) / sizeof(BlockIndexEntry));
+    for (size_t i = 0; i < count; ++i) {
+        const auto entry = Load<BlockIndexEntry>(contents.data() + 8 + i * sizeof(BlockIndexEntry));
+        // An index out of order or overlapping cannot be searched.
+        if (entry.first > entry.last) continue;
+        if (!index.empty() && entry.first <= index.back().last) continue;
+        index.push_back(entry);
+    }
+    return index;
+}
+
 IntradayStoreBase::IntradayStoreBase() {
     qvnrt::platform::LiveObjects<IntradayStoreBase>::Insert(this);
 }
@@ -55,21 +70,9 @@ template <class Record>
 IntradayStore<Record>::IntradayStore(CompoundFile& file, const char* storage, IntradayLink& link)
     : m_file(file), m_storage(storage), m_link(link) {
     std::vector<unsigned char> contents;
-    // Only version 1 is read: a new storage, or one of another version, starts empty (its
-    // old block streams stay unreferenced).
-    if (m_file.read(m_storage, kContents, contents) && contents.size() >= 8 &&
-        Load<uint32_t>(contents.data()) == kContentsVersion) {
-        // The count is believed only as far as the stream holds entries.
-        const size_t count = std::min<size_t>(Load<uint32_t>(contents.data() + 4),
-                                              (contents.size() - 8) / sizeof(BlockIndexEntry));
-        for (size_t i = 0; i < count; ++i) {
-            const auto entry = Load<BlockIndexEntry>(contents.data() + 8 + i * sizeof(BlockIndexEntry));
-            // An index out of order or overlapping cannot be searched: such entries go.
-            if (entry.first > entry.last) continue;
-            if (!m_index.empty() && entry.first <= m_index.back().last) continue;
-            m_index.push_back(entry);
-        }
-    }
+    // A new storage, or one of another version, starts empty (its old block streams stay
+    // unreferenced).
+    if (m_file.read(m_storage, kContents, contents)) m_index = ReadContents(contents);
     const auto keep = static_cast<uint32_t>(Store().keepSeconds());
     for (size_t i = 0; i < m_index.size();) {
         const BlockIndexEntry& entry = m_index[i];
@@ -163,12 +166,18 @@ bool IntradayStore<Record>::request(StoreOwner owner, uint32_t start, uint32_t e
 }
 
 template <class Record>
+void IntradayStore<Record>::send(StoreOwner owner, int count, int live, const Record* records,
+                                 bool fromCache) {
+    auto& counts = Store().tickCounts();
+    (fromCache ? counts.fromCache : counts.fromDriver) += static_cast<unsigned long long>(count);
+    m_link.send(owner, count, live, kType, records);
+}
+
+template <class Record>
 void IntradayStore<Record>::sendSlice(StoreOwner owner, const Records& newestFirst, int64_t cursor,
-                                      int64_t floor) {
+                                      int64_t floor, bool fromCache) {
     const auto [begin, end] = Slice(newestFirst, cursor, floor);
-    if (end > begin) {
-        m_link.send(owner, static_cast<int>(end - begin), 0, kType, newestFirst.data() + begin);
-    }
+    if (end > begin) send(owner, static_cast<int>(end - begin), 0, newestFirst.data() + begin, fromCache);
 }
 
 template <class Record>
@@ -182,8 +191,7 @@ void IntradayStore<Record>::deliver(typename Pending::iterator pending) {
         if (!hasShared() || m_shared.to == 0) return;
         if (!m_liveBuffer.empty()) {
             Records newestFirst(m_liveBuffer.rbegin(), m_liveBuffer.rend());
-            m_link.send(range.security, static_cast<int>(newestFirst.size()), 0, kType,
-                        newestFirst.data());
+            send(range.security, static_cast<int>(newestFirst.size()), 0, newestFirst.data(), false);
             range.cursor = m_liveStart;
         } else {
             range.cursor = m_shared.to;
@@ -207,7 +215,7 @@ void IntradayStore<Record>::deliver(typename Pending::iterator pending) {
         if (block.count != 0) {
             Records records;
             block.lastUse = now();
-            if (readBlock(block, records)) sendSlice(range.security, records, cursor, floor);
+            if (readBlock(block, records)) sendSlice(range.security, records, cursor, floor, true);
         }
         cursor = std::max(floor, below);
     }
@@ -322,7 +330,7 @@ void IntradayStore<Record>::passReply(bool shared, PendingRange& range, const Re
     const Records newestFirst(reply, reply + count);
     if (!shared) {
         if (range.cursor < sharedFrom()) {
-            m_link.send(range.security, count, 0, kType, newestFirst.data());
+            send(range.security, count, 0, newestFirst.data(), false);
             range.cursor = range.to;
         }
         return;
@@ -340,7 +348,7 @@ void IntradayStore<Record>::passReply(bool shared, PendingRange& range, const Re
         const PendingRange pending = it->second;
         it->second.cursor = m_shared.to;
         const int64_t cursor = pending.cursor == 0 ? INT64_MAX : pending.cursor;
-        sendSlice(owner, newestFirst, cursor, static_cast<int64_t>(pending.requestedFrom) - 1);
+        sendSlice(owner, newestFirst, cursor, static_cast<int64_t>(pending.requestedFrom) - 1, false);
     }
 }
 
@@ -507,7 +515,7 @@ void IntradayStore<Record>::pushLive() {
             if (!m_link.ready(owner)) continue;
             const Records fresh(m_liveBuffer.begin() + static_cast<long>(subscriber.cursor), m_liveBuffer.end());
             subscriber.cursor = size;
-            m_link.send(owner, static_cast<int>(fresh.size()), 1, kType, fresh.data());
+            send(owner, static_cast<int>(fresh.size()), 1, fresh.data(), false);
         } else {
             if (m_liveBuffer.empty() || size < subscriber.cursor) continue;
             const MinuteBar& last = m_liveBuffer.back();
@@ -528,7 +536,7 @@ void IntradayStore<Record>::pushLive() {
             subscriber.close = last.close;
             subscriber.high = last.high;
             subscriber.low = last.low;
-            if (!fresh.empty()) m_link.send(owner, static_cast<int>(fresh.size()), 1, kType, fresh.data());
+            if (!fresh.empty()) send(owner, static_cast<int>(fresh.size()), 1, fresh.data(), false);
         }
     }
 }

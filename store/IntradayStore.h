@@ -40,6 +40,10 @@ struct StoreSubscriber {
     float open = 0, close = 0, high = 0, low = 0;
 };
 
+// The entries of a "Contents" stream: none unless it is of version 1; its count believed only
+// as far as the stream holds entries; entries out of order or overlapping left out.
+std::vector<BlockIndexEntry> ReadContents(const std::vector<unsigned char>& contents);
+
 // The flag of a request that wants everything from the driver, cached or not.
 constexpr int kRefreshFlag = 0x20000;
 
@@ -105,7 +109,10 @@ private:
     bool hasShared() const { return m_sharedHandle != 0; }
     // The shared request's from; above every time when there is none.
     uint32_t sharedFrom() const { return hasShared() ? m_shared.from : UINT32_MAX; }
-    void sendSlice(StoreOwner owner, const Records& newestFirst, int64_t cursor, int64_t floor);
+    // Records to the owner, counted as the cache's or the driver's.
+    void send(StoreOwner owner, int count, int live, const Record* records, bool fromCache);
+    void sendSlice(StoreOwner owner, const Records& newestFirst, int64_t cursor, int64_t floor,
+                   bool fromCache);
     uint32_t now() const;
 
     CompoundFile& m_file;

@@ -6,6 +6,7 @@
 
 #include <ctime>
 
+#include <qvnrt/TickCache.h>
 #include <qvnrt/compat/CString.h>
 
 #include "store/SecCache.h"
@@ -35,6 +36,8 @@ public:
     void refreshClock();
 
     SecCache& secCache() { return m_secCache; }
+    // History records the tick stores have handed to their owners, by origin.
+    qvnrt::TickCacheCounts& tickCounts() { return m_tickCounts; }
 
 private:
     bool m_enabled = false;
@@ -42,6 +45,7 @@ private:
     unsigned long m_keepSeconds = 0;
     time_t m_now = 0;
     SecCache m_secCache;
+    qvnrt::TickCacheCounts m_tickCounts;
 };
 
 // The store's one state object.

@@ -20,6 +20,7 @@
 #include <qvnrt/RTSecCache.h>
 #include <qvnrt/RTSecurity.h>
 #include <qvnrt/RTSessSecurity.h>
+#include <qvnrt/TickCache.h>
 
 // The calendar.
 #include <qvnrt/CVString.h>
