@@ -156,9 +156,12 @@ bool IntradayStore<Record>::request(StoreOwner owner, uint32_t start, uint32_t e
                 m_shared = range;
             }
         }
-    } else if (!m_index.empty()) {
-        range.to = from - 1;
-        range.cursor = m_index.back().last;
+    } else {
+        // Off line the request ends once the blocks are delivered; with no block at all it
+        // ends at once too (an open-ended request would otherwise wait for a driver).
+        if (range.from == 0) range.from = 1;
+        range.to = range.from - 1;
+        range.cursor = m_index.empty() ? std::max<uint32_t>(range.requestedFrom, 1) : m_index.back().last;
     }
     const uint32_t handle = m_link.handleOf(owner);
     deliver(m_pending.emplace(handle, range));
