@@ -155,6 +155,21 @@ bool CompoundFile::read(const std::string& storage, const std::string& name,
     return ReadRow(m_select, storage, name, data);
 }
 
+bool CompoundFile::select(const std::string& storage, const std::string& name,
+                          const unsigned char*& bytes, size_t& size) {
+    sqlite3_bind_text(m_select, 1, storage.c_str(), static_cast<int>(storage.size()), SQLITE_STATIC);
+    sqlite3_bind_text(m_select, 2, name.c_str(), static_cast<int>(name.size()), SQLITE_STATIC);
+    if (sqlite3_step(m_select) != SQLITE_ROW) {
+        sqlite3_reset(m_select);
+        return false;
+    }
+    bytes = static_cast<const unsigned char*>(sqlite3_column_blob(m_select, 0));
+    size = static_cast<size_t>(sqlite3_column_bytes(m_select, 0));
+    return true;
+}
+
+void CompoundFile::endSelect() { sqlite3_reset(m_select); }
+
 bool CompoundFile::readPrefix(const std::string& storage, const std::string& name, size_t size,
                               std::vector<unsigned char>& data) {
     sqlite3_bind_int64(m_selectPrefix, 3, static_cast<sqlite3_int64>(size));

@@ -41,6 +41,17 @@ public:
               std::vector<unsigned char>& data);
     // Makes or replaces the stream. False when it cannot be written (a full disk): the
     // stream is then as it was, and earlier writes since the last commit still stand.
+    // Hands the stream's bytes to `take` without copying them first; they are valid only
+    // inside the call. False when there is none.
+    template <class Take>
+    bool visit(const std::string& storage, const std::string& name, Take&& take) {
+        const unsigned char* bytes = nullptr;
+        size_t size = 0;
+        if (!select(storage, name, bytes, size)) return false;
+        take(bytes, size);
+        endSelect();
+        return true;
+    }
     // At most the first `size` bytes of the stream: a header is checked without the rest.
     bool readPrefix(const std::string& storage, const std::string& name, size_t size,
                     std::vector<unsigned char>& data);
@@ -54,6 +65,9 @@ public:
 
 private:
     CompoundFile(sqlite3* db, std::string path);
+    bool select(const std::string& storage, const std::string& name, const unsigned char*& bytes,
+                size_t& size);
+    void endSelect();
     bool prepare();
     bool begin();
     // After a failed write SQLite may have rolled the transaction back on its own.

@@ -384,15 +384,17 @@ void IntradayStore<Record>::endReply(bool shared, PendingRange& range, uint32_t 
 
 template <class Record>
 bool IntradayStore<Record>::readBlock(const BlockIndexEntry& entry, Records& records) {
-    std::vector<unsigned char> bytes;
-    if (!m_file.read(m_storage, StreamName(entry.first), bytes)) return false;
-    if (bytes.size() < sizeof(BlockHeader)) return false;
-    const auto header = Load<BlockHeader>(bytes.data());
-    if (header.version != kBlockVersion || header.count != entry.count) return false;
-    if (bytes.size() != sizeof(BlockHeader) + size_t{header.count} * sizeof(Record)) return false;
-    records.resize(header.count);
-    std::memcpy(records.data(), bytes.data() + sizeof(BlockHeader), records.size() * sizeof(Record));
-    return true;
+    bool sound = false;
+    m_file.visit(m_storage, StreamName(entry.first), [&](const unsigned char* bytes, size_t size) {
+        if (size < sizeof(BlockHeader)) return;
+        const auto header = Load<BlockHeader>(bytes);
+        if (header.version != kBlockVersion || header.count != entry.count) return;
+        if (size != sizeof(BlockHeader) + size_t{header.count} * sizeof(Record)) return;
+        records.resize(header.count);
+        if (header.count) std::memcpy(records.data(), bytes + sizeof(BlockHeader), size - sizeof(BlockHeader));
+        sound = true;
+    });
+    return sound;
 }
 
 template <class Record>
