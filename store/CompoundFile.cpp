@@ -198,12 +198,25 @@ bool CompoundFile::destroy(const std::string& storage, const std::string& name) 
 bool CompoundFile::commit() {
     const bool committed = sqlite3_step(m_commit) == SQLITE_DONE;
     sqlite3_reset(m_commit);
-    if (!committed) {
-        // A commit that fails (a full disk) leaves its transaction open or rolled back; either
-        // way the next commit starts from here.
-        if (sqlite3_get_autocommit(m_db) == 0) sqlite3_exec(m_db, "ROLLBACK", nullptr, nullptr, nullptr);
+    if (committed) return begin();
+    reconnect();
+    return false;
+}
+
+void CompoundFile::reconnect() {
+    for (sqlite3_stmt* statement : {m_select, m_selectPrefix, m_upsert, m_delete, m_begin, m_commit}) {
+        sqlite3_finalize(statement);
     }
-    return begin() && committed;
+    m_select = m_selectPrefix = m_upsert = m_delete = m_begin = m_commit = nullptr;
+    sqlite3_close_v2(m_db);  // what was not committed is rolled back
+    m_db = nullptr;
+    if (sqlite3_open_v2(m_path.c_str(), &m_db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOMUTEX,
+                        nullptr) == SQLITE_OK &&
+        sqlite3_exec(m_db, kPragmas, nullptr, nullptr, nullptr) == SQLITE_OK && prepare()) {
+        begin();
+        return;
+    }
+    std::clog << "qvnrt: " << m_path << ": cannot be opened again\n";
 }
 
 bool CompoundFile::begin() {

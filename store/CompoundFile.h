@@ -58,7 +58,9 @@ public:
     bool write(const std::string& storage, const std::string& name, const void* data,
                size_t size);
     bool destroy(const std::string& storage, const std::string& name);
-    // Makes everything written since the last commit durable, in one transaction.
+    // Makes everything written since the last commit durable, in one transaction. When it
+    // fails (a full disk) everything since the last commit is dropped, and the file goes on
+    // from its last commit.
     bool commit();
 
     const std::string& path() const { return m_path; }
@@ -72,6 +74,8 @@ private:
     bool begin();
     // After a failed write SQLite may have rolled the transaction back on its own.
     void reopenTransactionIfEnded();
+    // After an I/O error the connection may refuse all further work: it is opened afresh.
+    void reconnect();
 
     sqlite3* m_db;
     std::string m_path;

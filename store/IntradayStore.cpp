@@ -476,8 +476,12 @@ void IntradayStore<Record>::saveIndex() {
     const uint32_t head[2] = {kContentsVersion, static_cast<uint32_t>(m_index.size())};
     std::memcpy(bytes.data(), head, sizeof(head));
     if (!m_index.empty()) std::memcpy(bytes.data() + 8, m_index.data(), m_index.size() * sizeof(BlockIndexEntry));
-    m_file.write(m_storage, kContents, bytes.data(), bytes.size());
-    m_file.commit();
+    // A commit that fails (a full disk) loses every block written since the last one: the
+    // index goes back to what the file holds, and those spans stay uncached.
+    if (m_file.write(m_storage, kContents, bytes.data(), bytes.size()) && m_file.commit()) return;
+    std::vector<unsigned char> contents;
+    m_index = m_file.read(m_storage, kContents, contents) ? ReadContents(contents)
+                                                          : std::vector<BlockIndexEntry>{};
 }
 
 template <class Record>

@@ -4,8 +4,12 @@
 #include <gtest/gtest.h>
 #include <sqlite3.h>
 
+#include <signal.h>
+#include <sys/resource.h>
+
 #include <algorithm>
 #include <cstdio>
+#include <filesystem>
 
 #include "store/IntradayTestSupport.h"
 
@@ -183,6 +187,47 @@ TEST_F(IntradayStoreTest, ContentsAndBlockStreamsHaveTheirByteLayoutsInTheFile) 
     EXPECT_EQ(10u, At<uint32_t>(block, 12));
     EXPECT_EQ(0u, At<uint32_t>(block, 16));
     EXPECT_EQ(0, std::memcmp(block.data() + 20, expected.data(), 13 * expected.size()));
+}
+
+// Files of this process may not grow past `bytes` while it lives, as on a full disk.
+class FileSizeLimit {
+public:
+    explicit FileSizeLimit(rlim_t bytes) : m_signal(signal(SIGXFSZ, SIG_IGN)) {
+        getrlimit(RLIMIT_FSIZE, &m_before);
+        rlimit limit = m_before;
+        limit.rlim_cur = bytes;
+        setrlimit(RLIMIT_FSIZE, &limit);
+    }
+    ~FileSizeLimit() {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        signal(SIGXFSZ, m_signal);
+    }
+
+private:
+    rlimit m_before{};
+    sighandler_t m_signal;
+};
+
+TEST_F(IntradayStoreTest, ABlockThatCannotBeWrittenIsLeftOutAndItsSpanAskedAgain) {
+    Fill(&a, kStart, kStart + 99);
+    Reopen();  // committed
+    const uint32_t from = kStart + 1000, to = kStart + 200999;
+    {
+        std::error_code ignored;
+        FileSizeLimit full(std::filesystem::file_size(Path()) +
+                           std::filesystem::file_size(Path() + "-wal", ignored) + 8192);
+        Ask(&b, from, to);
+        Reply(&b, TicksDown(to, static_cast<int>(to - from + 1)));  // about 2.6 MB
+        End(&b);
+        ticks->unsubscribe(&b, nullptr);
+        link.handles[&b] = 0;
+    }
+    EXPECT_EQ(static_cast<size_t>(to - from + 1), link.HistoryTimes(&b).size());  // still delivered
+    ASSERT_EQ(1u, ticks->index().size());
+    EXPECT_EQ(kStart + 99, ticks->index()[0].last);
+    EXPECT_EQ(1u, Ask(&b, from, to).size());
+    Reopen();
+    EXPECT_TRUE(Ask(&a, kStart, kStart + 99).empty());
 }
 
 struct Aging {
