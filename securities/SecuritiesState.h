@@ -28,12 +28,16 @@ public:
     std::set<RTSecCache::SecCacheEntry*>& activeEntries() { return m_activeEntries; }
     // The one bridge from the stores to the securities and the driver.
     StoreLink& storeLink() { return m_storeLink; }
+    // The security whose intraday request is being handed to the driver, which may answer
+    // before the handle has come back; null at other times.
+    RTSecurity*& tickRequestOpening() { return m_tickRequestOpening; }
 
 private:
     PendingEodMap m_pendingEod;
     PendingTicksMap m_pendingTicks;
     std::set<RTSecCache::SecCacheEntry*> m_activeEntries;
     StoreLink m_storeLink;
+    RTSecurity* m_tickRequestOpening = nullptr;
 };
 
 // The layer's one state object.

@@ -22,26 +22,25 @@ constexpr uint8_t kDirectRoute = 0x11;
 constexpr int16_t kMinuteKind = -1;
 constexpr int16_t kTickKind = 1;
 
-// The security whose request is being handed to the driver: a driver may answer inside
-// clientReqTickBars, before the handle has come back.
-RTSecurity* s_opening = nullptr;
-
 RTSecurity* LiveSecurity(unsigned long request, unsigned long user) {
     RTSecurity* security =
         qvnrt::platform::LiveObjects<RTSec_Base>::Cast<RTSecurity>(user);
     if (!security) return nullptr;
     // A late packet of a closed request must not reach the request that followed it.
-    if (security != s_opening && security->m_hTickEvent != request) return nullptr;
+    const RTSecurity* opening = qvnrt::securities::State().tickRequestOpening();
+    if (security != opening && security->m_hTickEvent != request) return nullptr;
     return security;
 }
 
 bool AskDriver(RTSecurity* security, TICKDATA* request, TickCallback reply, ServiceLimit limit) {
     if (!RTServer::IsConnected()) return false;
-    s_opening = security;
+    // A driver may answer inside the call, before the handle has come back.
+    RTSecurity*& opening = qvnrt::securities::State().tickRequestOpening();
+    opening = security;
     const unsigned long handle =
         RTServer::m_lpReqTick(security->GetReqSymbol(), security->m_assetType, request, reply,
                               reinterpret_cast<unsigned long>(security), limit);
-    s_opening = nullptr;
+    opening = nullptr;
     security->m_hTickEvent = static_cast<uint32_t>(handle);
     return security->m_hTickEvent != 0;
 }

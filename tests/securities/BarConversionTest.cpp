@@ -136,7 +136,13 @@ TEST(BarConversion, WithoutRulesConvertedRequestsGetNothingAndPlainOnesStillPass
     Send(owner, History(At(2026, 11, 18, 10, 0), 20));
     Send(owner, History(At(2026, 11, 18, 10, 20), 1), 1);
     EXPECT_TRUE(owner.calls.empty());
+    owner.m_origRequest.weight = 100;  // tick bars: nothing either, not even held ticks
+    owner.m_plainRequest.weight = 1;
+    TICKREC tick = qvnrt::test::Tick(At(2026, 11, 18, 10, 0), 1, 1.0f);
+    owner.ReqTickCallbackHelper2(0, 1, 0, RTREC_TICKREC, &tick);
+    EXPECT_TRUE(owner.calls.empty());
     owner.m_origRequest.weight = -1;
+    owner.m_plainRequest.weight = -1;
     owner.m_bConvert = 0;
     Send(owner, History(At(2026, 11, 18, 10, 0), 20));
     ASSERT_EQ(1u, owner.calls.size());

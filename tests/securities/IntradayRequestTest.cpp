@@ -103,15 +103,6 @@ INSTANTIATE_TEST_SUITE_P(
                       Reduction{-1, 0, false, 2, 0x44, -1, 0, 1}),
     [](const auto& info) { return "case" + std::to_string(info.index); });
 
-TEST_F(IntradayRequest, RouteDecidesThePathAndOtherWeightsOfTheStorePathAreRefused) {
-    EXPECT_TRUE(Ask(-30));  // plain -1: the minute store's path
-    EXPECT_EQ(0, Sent().tickData().route);
-    const unsigned long storePath = Handle();
-    EXPECT_TRUE(Ask(100, 0, 0, 0x10));
-    EXPECT_EQ(0x10, Sent().tickData().route);
-    EXPECT_FALSE(session.fake.isOpen(storePath));  // a new request closes the old one
-}
-
 struct BadRequest {
     const char* what;
     short weight;

@@ -143,16 +143,4 @@ TEST_F(TickConversion, HistoryTicksLoseTheGapsAndKeepTheirOrder) {
               times);
 }
 
-TEST_F(TickConversion, WithoutRulesNothingConverts) {
-    IntradayOwner bare;
-    bare.m_origRequest.weight = 100;
-    bare.m_plainRequest.weight = 1;
-    bare.m_bConvert = 1;
-    auto ticks = Ticks(At(2026, 11, 18, 10, 0), 5);
-    bare.ReqTickCallbackHelper2(0, 5, 0, RTREC_TICKREC, ticks.data());
-    bare.ReqTickCallbackHelper2(0, 0, 0, RTREC_TICKREC, nullptr);
-    ASSERT_EQ(1u, bare.calls.size());  // only the end of history
-    EXPECT_EQ(0, bare.calls[0].count);
-}
-
 }  // namespace
