@@ -17,7 +17,7 @@ SANITIZE_BUILD ?= build-sanitize
 PACKAGE_BUILD ?= build-package
 COVERAGE_BUILD ?= build-coverage
 PACKAGES := build-essential cmake pkg-config libgtest-dev libgmock-dev libbenchmark-dev \
-            libcli11-dev tzdata gcovr qt6-base-dev
+            libcli11-dev libsqlite3-dev tzdata gcovr qt6-base-dev
 
 .PHONY: all deps build build-sanitize check layers test test-sanitize coverage demo bench package docs clean
 

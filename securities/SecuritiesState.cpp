@@ -1,6 +1,7 @@
 #include "securities/SecuritiesState.h"
 
 #include "securities/ApplySecChanges.h"
+#include "securities/TickFrontDoor.h"
 #include "server/CacheTimer.h"
 #include "store/StoreHooks.h"
 
@@ -22,6 +23,7 @@ SecuritiesState::SecuritiesState() {
     server::TheCacheTimer().addStep(server::TickStage::PendingTicks, &DeliverPendingTicks);
     server::TheCacheTimer().addStep(server::TickStage::PendingEod, &DeliverPendingEod);
     RTSecCache::Hooks().applyChanges = &ApplySecChanges;
+    server::TheCacheTimer().addStep(server::TickStage::LiveStores, &RTSecCache::pushLiveStores);
 }
 
 }  // namespace qvnrt::securities

@@ -188,7 +188,7 @@ void SecCache::ageTickFile(SecData1& record) {
     if (record.tikSize == 0) return;
     const StoreState& store = Store();
     if (static_cast<unsigned long>(store.now() - record.tikTime) > store.keepSeconds()) {
-        qvnrt::platform::DeleteFile(TickFilePath(record.symbol));
+        qvnrt::platform::DeleteFile(tickFilePath(record.symbol));
         record.tikSize = 0;
     }
 }

@@ -9,7 +9,7 @@
 #include "store/SecFieldTable.h"
 #include "store/StoreHooks.h"
 #include "store/StoreState.h"
-#include "store/TickFilePath.h"
+#include "store/TickFiles.h"
 
 namespace RTSecCache {
 namespace {
@@ -174,11 +174,7 @@ bool SecCacheEntry::sessionInfo(SESSION_INFO*& session, HOLIDAYS_INFO*& holidays
 void SecCacheEntry::applySecChange(const RTSecChange* change) {
     if (!change || change->kind != 'S') return;
     m_record->presence = 0;
-    // The stores save what they hold before they go, and the root must be closed before
-    // its file can be removed.
-    if (const TickStoreCloser close = Hooks().closeTickStores) close(*this);
-    qvnrt::platform::DeleteFile(TickFilePath(m_record->symbol));
-    m_record->tikTime = 0;  // the recorded size stays as it was
+    destroyTickStores(*this);
 }
 
 }  // namespace RTSecCache

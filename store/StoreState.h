@@ -6,6 +6,7 @@
 
 #include <ctime>
 
+#include <qvnrt/TickCache.h>
 #include <qvnrt/compat/CString.h>
 
 #include "store/RTSecChangeDB.h"
@@ -38,6 +39,8 @@ public:
     SecCache& secCache() { return m_secCache; }
     // "secmaint.dat", opened by the first GetRTSecChangeTimestamp, closed at unload.
     RTSecChangeDB& changeDB() { return m_changeDB; }
+    // History records the tick stores have handed to their owners, by origin.
+    qvnrt::TickCacheCounts& tickCounts() { return m_tickCounts; }
 
 private:
     bool m_enabled = false;
@@ -46,6 +49,7 @@ private:
     time_t m_now = 0;
     SecCache m_secCache;
     RTSecChangeDB m_changeDB;
+    qvnrt::TickCacheCounts m_tickCounts;
 };
 
 // The store's one state object.

@@ -18,7 +18,7 @@ bool StaysInName(unsigned char c) {
 
 }  // namespace
 
-std::string TickFilePath(const char* symbol) {
+std::string tickFilePath(const char* symbol) {
     const std::string text = symbol ? symbol : "";
     const unsigned char first = text.empty() ? 0 : static_cast<unsigned char>(text[0]);
     const std::string directory = qvnrt::platform::JoinPath(

@@ -10,6 +10,6 @@ namespace RTSecCache {
 // In the escaped symbol "@", letters, digits, "$", "-", "_" and "#" stand as they are; any
 // other byte becomes "%" and its value in lower-case hexadecimal without padding. The
 // directory is made at each call.
-std::string TickFilePath(const char* symbol);
+std::string tickFilePath(const char* symbol);
 
 }  // namespace RTSecCache

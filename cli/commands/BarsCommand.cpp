@@ -14,6 +14,7 @@ struct Options {
     std::string width;
     int days = 5;
     bool live = false;
+    bool cacheOnly = false;
     bool chart = false;
     double seconds = 0;
 };
@@ -33,7 +34,11 @@ int Run(const GlobalOptions& global, const Options& options) {
     IntradayFeed feed;
     if ((status = OpenWithRules(session, feed, options.symbol)) != kExitOk) return status;
     const uint32_t start = ServiceNow() - static_cast<uint32_t>(options.days) * 86400u;
-    if (!RequestAndWait(session, feed, start, 0, weight, options.live)) return kExitIncomplete;
+    const TickCacheCounts before = GetTickCacheCounts();
+    if (!RequestAndWait(session, feed, start, 0, weight, options.live, options.cacheOnly)) {
+        return kExitIncomplete;
+    }
+    TellOrigins(options.symbol, before);
     const BarsView view{options.symbol + " " + options.width + " bars", options.live,
                         options.chart, options.seconds};
     return Finish(feed, ShowBars(global, session, feed, view));
@@ -46,6 +51,8 @@ RunCommand Setup(CLI::App& command) {
         ->required();
     command.add_option("--days", options->days, "history reaches this many days back")
         ->check(CLI::Range(1, kMaxDays));
+    command.add_flag("--cache-only", options->cacheOnly,
+                     "serve what the cache holds, without asking the driver");
     command.add_flag("--live", options->live, "go on with live bars after the history");
     command.add_flag("--chart", options->chart, "draw candles (a table format only)");
     command.add_option("--seconds", options->seconds, "end live updates after N seconds")

@@ -130,15 +130,26 @@ int ParseWidth(const std::string& text) {
 }
 
 bool RequestAndWait(CliSession& session, IntradayFeed& feed, uint32_t start, uint32_t end,
-                    int weight, bool live) {
-    if (!feed.RequestTick(start, end, static_cast<short>(weight), live ? 1 : 0, 2, 0, 0, 0, 0,
-                          198, nullptr, 0, 0, 0, 0, 0)) {
+                    int weight, bool live, bool cacheOnly) {
+    if (cacheOnly && RTServer::IsConnected()) RTServer::Disconnect();
+    const bool asked = feed.RequestTick(start, end, static_cast<short>(weight),
+                                        live && !cacheOnly ? 1 : 0, 2, 0, 0, 0, 0, 198, nullptr,
+                                        0, 0, 0, 0, 0);
+    // Without a driver the cache answers at once and the request holds no handle.
+    if (!asked && !(cacheOnly && feed.historyDone())) {
         std::fprintf(stderr, "qvnrt-cli: %s: the request was refused\n",
                      static_cast<const char*>(feed.m_strSymbol));
         return false;
     }
     session.Run(kHistoryWaitSeconds, [&feed] { return feed.historyDone(); });
     return true;
+}
+
+void TellOrigins(const std::string& symbol, const TickCacheCounts& before) {
+    const TickCacheCounts now = GetTickCacheCounts();
+    std::fprintf(stderr, "qvnrt-cli: %s: %llu records from the cache, %llu from the driver\n",
+                 symbol.c_str(), now.fromCache - before.fromCache,
+                 now.fromDriver - before.fromDriver);
 }
 
 int ShowBars(const GlobalOptions& global, CliSession& session, IntradayFeed& feed,

@@ -25,9 +25,14 @@ uint32_t ParseTime(const std::string& text, uint8_t zone);
 int ParseWidth(const std::string& text);
 
 // Asks for history from `start` to `end` (0: up to now) with live updates when `live`, and
-// waits for the history. False after telling why.
+// waits for the history. With `cacheOnly` the driver is left out (the connection is closed
+// first): what the cache holds is delivered and the request ends. False after telling why.
 bool RequestAndWait(CliSession& session, IntradayFeed& feed, uint32_t start, uint32_t end,
-                    int weight, bool live);
+                    int weight, bool live, bool cacheOnly = false);
+
+// Tells on standard error how many records of the request came from the cache and how many
+// from the driver, counted from `before` (GetTickCacheCounts before the request).
+void TellOrigins(const std::string& symbol, const TickCacheCounts& before);
 
 struct BarsView {
     std::string title;   // above a chart

@@ -14,6 +14,7 @@ struct Options {
     std::string symbol;
     std::string from, to;
     bool live = false;
+    bool cacheOnly = false;
     bool minutes = false;
     double seconds = 0;
 };
@@ -47,9 +48,12 @@ int Run(const GlobalOptions& global, const Options& options) {
         }
     }
     const bool live = options.live && end == 0;
-    if (!RequestAndWait(session, feed, start, end, options.minutes ? -1 : 1, live)) {
+    const TickCacheCounts before = GetTickCacheCounts();
+    if (!RequestAndWait(session, feed, start, end, options.minutes ? -1 : 1, live,
+                        options.cacheOnly)) {
         return kExitIncomplete;
     }
+    TellOrigins(options.symbol, before);
     if (options.minutes) {
         BarsView view{options.symbol + " one-minute bars", live, false, options.seconds};
         return Finish(feed, ShowBars(global, session, feed, view));
@@ -77,6 +81,8 @@ RunCommand Setup(CLI::App& command) {
                        "first time wanted, exchange time: YYYY-MM-DD[THH:MM] (default: a day "
                        "ago)");
     command.add_option("--to", options->to, "last time wanted (default: up to now)");
+    command.add_flag("--cache-only", options->cacheOnly,
+                     "serve what the cache holds, without asking the driver");
     command.add_flag("--live", options->live, "go on with live ticks after the history");
     command.add_flag("--minutes", options->minutes, "one-minute bars instead of ticks");
     command.add_option("--seconds", options->seconds, "end live updates after N seconds")

@@ -23,6 +23,7 @@
 #include <qvnrt/RTSecList.h>
 #include <qvnrt/RTSecurity.h>
 #include <qvnrt/RTSessSecurity.h>
+#include <qvnrt/TickCache.h>
 
 // The calendar.
 #include <qvnrt/CVString.h>

@@ -156,7 +156,12 @@ INSTANTIATE_TEST_SUITE_P(
         OutcomeCase{"GlanceUnknown", {"glance", "NOSUCH"}, {}, 1, {"NOSUCH: no quote came"}},
         OutcomeCase{"UnknownStory", {"story", "99999999", "--source", "1"}, {}, 1,
                     {"story 99999999: not available"}},
-        OutcomeCase{"MinuteBars", {"ticks", "ACME", "--minutes"}, {}, 0, {}},
+        OutcomeCase{"MinuteBars", {"ticks", "ACME", "--minutes"}, {}, 0,
+                    {"ACME: 0 records from the cache"}},
+        OutcomeCase{"CacheOnlyWithNothingCached", {"ticks", "ACME", "--cache-only"}, {}, 1,
+                    {"0 records from the cache, 0 from the driver"}},
+        OutcomeCase{"NoCacheFile", {"--offline", "cache", "ACME"}, {}, 1,
+                    {"ACME: no intraday cache file"}},
         OutcomeCase{"UnknownIntraday", {"bars", "NOSUCH", "--width", "7m"}, {}, 1,
                     {"NOSUCH: unknown symbol"}}),
     [](const auto& info) { return info.param.name; });
@@ -423,6 +428,40 @@ TEST_F(CliEndToEnd, BarsAreSessionAlignedAndNewestFirst) {
         ++rows;
     }
     EXPECT_GT(rows, 0);
+}
+
+}  // namespace qvnrt::test
+
+namespace qvnrt::test {
+
+TEST_F(CliEndToEnd, ASecondRunIsServedFromTheCacheWhichListsItsBlocks) {
+    const CliResult first = RunCli({"ticks", "ACME", "--format", "csv"}, Environment());
+    ASSERT_EQ(0, first.status) << first.err;
+    const CliResult cached = RunCli({"ticks", "ACME", "--cache-only", "--format", "csv"}, Environment());
+    ASSERT_EQ(0, cached.status) << cached.err;
+    // The newest second stays in memory until more of it can come, so it is not on disk.
+    auto rows = [](const std::string& out) { return std::count(out.begin(), out.end(), '\n') - 1; };
+    EXPECT_GE(rows(cached.out), rows(first.out) - 1);
+    EXPECT_NE(std::string::npos, cached.err.find(std::to_string(rows(cached.out)) + " records from the cache, 0 from the driver"))
+        << cached.err;
+
+    const CliResult blocks = RunCli({"--offline", "cache", "ACME", "--format", "csv"}, Environment());
+    ASSERT_EQ(0, blocks.status) << blocks.err;
+    std::istringstream lines(blocks.out);
+    std::string line;
+    std::getline(lines, line);
+    EXPECT_EQ("KIND,FIRST,LAST,COUNT,LAST USE", line);
+    long records = 0;
+    while (std::getline(lines, line)) {
+        std::vector<std::string> cells;
+        std::istringstream row(line);
+        for (std::string cell; std::getline(row, cell, ',');) cells.push_back(cell);
+        ASSERT_EQ(5u, cells.size()) << line;
+        EXPECT_EQ("ticks", cells[0]);
+        EXPECT_LE(cells[1], cells[2]);
+        records += std::stol(cells[3]);
+    }
+    EXPECT_EQ(rows(cached.out), records);
 }
 
 }  // namespace qvnrt::test

@@ -159,7 +159,7 @@ TEST_F(IntradayRequest, UnconvertedRecordsArriveAsDatesWithEveryOtherByteKept) {
 
 TEST_F(IntradayRequest, BadPacketsAreSurvivedAndLatePacketsDropped) {
     owner->UseRules(Sessions(true, {{Hm(9, 30), Hm(16, 0)}}));
-    ASSERT_TRUE(Ask(-5));
+    ASSERT_TRUE(Ask(-5, 0, 0, kDirect));  // packets as the driver sends them, not the cache
     const unsigned long first = Handle();
     session.fake.fireTick(first, -3, 0, RTREC_INTRADAY_PRICEREC, nullptr);
     ASSERT_EQ(1u, owner->calls.size());
@@ -227,7 +227,7 @@ INSTANTIATE_TEST_SUITE_P(
 TEST_F(IntradayRequest, MarketTestRunsAgainOnlyAtTheNextEdge) {
     owner->UseRules(Sessions(true, {{Hm(9, 30), Hm(16, 0)}}));
     SetNow(At(2026, 11, 18, 17, 0));
-    ASSERT_TRUE(Ask(-5));
+    ASSERT_TRUE(Ask(-5, 0, 0, kDirect));
     RTINTRADAY_PRICEREC bar = Minute(At(2026, 11, 18, 15, 58), 10, 1, 2, 3, 0.5f);
     session.fake.fireTick(Handle(), 1, 0, RTREC_INTRADAY_PRICEREC, &bar);
     EXPECT_EQ(At(2026, 11, 19, 9, 30), owner->m_closedUntil);
@@ -246,7 +246,7 @@ protected:
         IntradayRequest::SetUp();
         owner->UseRules(Sessions(true, {{Hm(9, 30), Hm(16, 0)}}));
         SetNow(At(2026, 11, 18, 10, 4, 30));
-        ASSERT_TRUE(Ask(-5));
+        ASSERT_TRUE(Ask(-5, 0, 0, kDirect));  // live bars as the driver sends them
         RTINTRADAY_PRICEREC bars[2] = {Minute(At(2026, 11, 18, 10, 3), 10, 5, 6, 7, 4),
                                        Minute(At(2026, 11, 18, 10, 1), 20, 4, 5, 6, 3)};
         session.fake.fireTick(Handle(), 2, 0, RTREC_INTRADAY_PRICEREC, bars);
