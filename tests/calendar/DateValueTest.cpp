@@ -153,6 +153,7 @@ TEST(DateValue, DayNames) {
     for (const char* monday : {"Mon", "MON", "monday", "MONDAY", "mOnDa"}) {
         EXPECT_EQ(1u, Date::dayNumberFromName(monday)) << monday;
     }
+    EXPECT_EQ(4u, Date::dayNumberFromName("Thursday"));  // a full name longer than "monday"
     for (uint32_t day = 1; day <= 7; ++day) {
         EXPECT_EQ(day, Date::dayNumberFromName(Date::dayNameFromNumber(day)));
     }
