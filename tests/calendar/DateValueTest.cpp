@@ -13,7 +13,6 @@ using qvnrt::test::GmtValue;
 
 TEST(DateValue, ConstructionFromValuesAndJulianDays) {
     const Date noon1970(2440588, 7);
-    EXPECT_EQ(2212032000u, noon1970.m_value);
     EXPECT_EQ(GmtValue(1970, 1, 1, 12), noon1970.m_value);
     EXPECT_EQ(1, noon1970.m_bValid);
     EXPECT_EQ(ZONE_GMT, noon1970.m_timeZone);
@@ -113,10 +112,8 @@ TEST(DateValue, OrderUsesTheSequenceWithinOneSecond) {
     const Date early(DATE_SECONDS_BASE + 10, 9);
     const Date late(DATE_SECONDS_BASE + 11, 0);
     const Date lateSecond(DATE_SECONDS_BASE + 11, 1);
-    EXPECT_TRUE(late.isAfter(early));
-    EXPECT_TRUE(early.isBefore(late));
-    EXPECT_TRUE(lateSecond.isAfter(late));
-    EXPECT_TRUE(late < lateSecond);
+    EXPECT_TRUE(late.isAfter(early) && early.isBefore(late));
+    EXPECT_TRUE(lateSecond.isAfter(late) && late < lateSecond);
     EXPECT_FALSE(late.isAfter(Date(late)));
     EXPECT_FALSE(late.isBefore(Date(late)));
 }
@@ -156,9 +153,7 @@ TEST(DateValue, DayNames) {
     for (const char* monday : {"Mon", "MON", "monday", "MONDAY", "mOnDa"}) {
         EXPECT_EQ(1u, Date::dayNumberFromName(monday)) << monday;
     }
-    EXPECT_EQ(2u, Date::dayNumberFromName("tue"));
-    EXPECT_EQ(4u, Date::dayNumberFromName("Thursday"));
-    EXPECT_EQ(7u, Date::dayNumberFromName("SUN"));
+    EXPECT_EQ(4u, Date::dayNumberFromName("Thursday"));  // a full name longer than "monday"
     for (uint32_t day = 1; day <= 7; ++day) {
         EXPECT_EQ(day, Date::dayNumberFromName(Date::dayNameFromNumber(day)));
     }

@@ -9,44 +9,37 @@
 
 namespace {
 
-std::vector<std::string> ReadLines(const std::string& path) {
-    CStdioFile file;
-    EXPECT_TRUE(file.Open(path.c_str(), CFile::modeRead | CFile::typeText));
-    std::vector<std::string> lines;
-    CString line;
-    while (file.ReadString(line)) lines.emplace_back(line.str());
-    return lines;
+class CStdioFileTest : public ::testing::Test {
+protected:
+    std::vector<std::string> ReadLines(const std::string& text) {
+        dir.write("in.txt", text);
+        CStdioFile file;
+        EXPECT_TRUE(file.Open(dir.file("in.txt").c_str(), CFile::modeRead | CFile::typeText));
+        std::vector<std::string> lines;
+        CString line;
+        while (file.ReadString(line)) lines.emplace_back(line.str());
+        return lines;
+    }
+
+    qvnrt::test::TempDir dir;
+};
+
+TEST_F(CStdioFileTest, LinesEndAtLfOrCrLfOnly) {
+    using Lines = std::vector<std::string>;
+    const struct {
+        std::string text;
+        Lines lines;
+    } rows[] = {
+        {"lf\ncrlf\r\nlone\rcr\n\nlast", {"lf", "crlf", "lone\rcr", "", "last"}},
+        {"one\r\ntwo\r\n", {"one", "two"}},  // a final line end makes no empty line
+        {"", {}},
+        {"a\rb\r", {"a\rb\r"}},
+        {std::string("a\0b\nc", 5), {std::string("a\0b", 3), "c"}},  // NUL bytes are kept
+    };
+    for (const auto& row : rows) EXPECT_EQ(row.lines, ReadLines(row.text)) << row.text;
 }
 
-}  // namespace
-
-TEST(CStdioFile, ReadsLinesEndedByLfOrCrLfAndKeepsALoneCr) {
-    qvnrt::test::TempDir dir;
-    dir.write("mixed.txt", "lf\ncrlf\r\nlone\rcr\n\nlast");
-    EXPECT_EQ((std::vector<std::string>{"lf", "crlf", "lone\rcr", "", "last"}),
-              ReadLines(dir.file("mixed.txt")));
-}
-
-TEST(CStdioFile, FinalLineEndDoesNotMakeAnEmptyLine) {
-    qvnrt::test::TempDir dir;
-    dir.write("a.txt", "one\r\ntwo\r\n");
-    EXPECT_EQ((std::vector<std::string>{"one", "two"}), ReadLines(dir.file("a.txt")));
-    dir.write("empty.txt", "");
-    EXPECT_TRUE(ReadLines(dir.file("empty.txt")).empty());
-    dir.write("cr.txt", "a\rb\r");
-    EXPECT_EQ((std::vector<std::string>{"a\rb\r"}), ReadLines(dir.file("cr.txt")));
-}
-
-TEST(CStdioFile, KeepsNulBytesInsideALine) {
-    qvnrt::test::TempDir dir;
-    dir.write("nul.txt", std::string("a\0b\nc", 5));
-    const auto lines = ReadLines(dir.file("nul.txt"));
-    ASSERT_EQ(2u, lines.size());
-    EXPECT_EQ(std::string("a\0b", 3), lines[0]);
-}
-
-TEST(CStdioFile, WritesTextAsGiven) {
-    qvnrt::test::TempDir dir;
+TEST_F(CStdioFileTest, WritesTextAsGiven) {
     CStdioFile file;
     ASSERT_TRUE(file.Open(dir.file("out.txt").c_str(), CFile::modeCreate | CFile::modeWrite));
     file.WriteString("1.0\n");
@@ -60,8 +53,7 @@ TEST(CStdioFile, WritesTextAsGiven) {
     EXPECT_EQ(8u, file.GetLength());
 }
 
-TEST(CStdioFile, OpenFailureReportsTheCause) {
-    qvnrt::test::TempDir dir;
+TEST_F(CStdioFileTest, OpenFailureReportsTheCause) {
     CStdioFile file;
     CFileException error;
     EXPECT_FALSE(file.Open(dir.file("missing.txt").c_str(), CFile::modeRead, &error));
@@ -70,8 +62,7 @@ TEST(CStdioFile, OpenFailureReportsTheCause) {
     EXPECT_FALSE(file.ReadString(line));
 }
 
-TEST(CFile, RemoveAndRenameThrowOnFailure) {
-    qvnrt::test::TempDir dir;
+TEST_F(CStdioFileTest, RemoveAndRenameThrowOnFailure) {
     try {
         CFile::Remove(dir.file("missing").c_str());
         FAIL() << "no exception";
@@ -84,3 +75,5 @@ TEST(CFile, RemoveAndRenameThrowOnFailure) {
     EXPECT_THROW(CFile::Rename(dir.file("from").c_str(), dir.file("to").c_str()), CFileException);
     CFile::Remove(dir.file("to").c_str());
 }
+
+}  // namespace

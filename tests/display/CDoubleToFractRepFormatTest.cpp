@@ -79,47 +79,54 @@ TEST(FractionFormat, ReductionBelongsToTheLongLayoutAndChangesTheRecord) {
     EXPECT_STREQ(buffer, "0^2 1/2 0^1");
 }
 
+// One search and format: the text written, Format's result, and never a byte past the size.
+struct FormatRow {
+    double value;
+    E_DISPTYPE style;
+    const char* format;
+    int size;
+    std::string text;
+    int result;
+};
+
+void ExpectFormats(const FormatRow& row) {
+    const Formatted out = FormatOf(row.value, row.style, row.format, row.size);
+    EXPECT_EQ(row.text, out.text) << row.format << " in " << row.size;
+    EXPECT_EQ(row.result, out.result) << row.format << " in " << row.size;
+    EXPECT_TRUE(out.canaryIntact) << row.format << " in " << row.size;
+}
+
 TEST(FractionFormat, PlusFlagAndSingleCodes) {
-    EXPECT_EQ(FormatOf(12.5, DISP_DEC2, "%#L", 64).text, "+12.50");
-    EXPECT_EQ(FormatOf(12.5, DISP_DEC2, "%#S", 64).text, "+12.50");
-    EXPECT_EQ(FormatOf(-12.5, DISP_DEC2, "%#L", 64).text, "-12.50");
-    EXPECT_EQ(FormatOf(-0.375, DISP_8THS, "%#L", 64).text, "-3/8");
-    EXPECT_EQ(FormatOf(12.5, DISP_DEC2, "%#w %L", 64).text, "12.50 12.50");
-    const Formatted codes = FormatOf(100.2578125, DISP_32NDS_QTR_A, "%w|%t|%b|%T|%B|%O|%o|%%", 64);
-    EXPECT_EQ(codes.text, "100|8|32|1|4|25|2|%");
-    EXPECT_EQ(codes.result, 19);
-    EXPECT_EQ(FormatOf(12.0, DISP_8THS, "%w%%", 64).text, "12%");
-    const Formatted unknown = FormatOf(12.0, DISP_8THS, "%q", 64);
-    EXPECT_EQ(unknown.text, "");
-    EXPECT_EQ(unknown.result, 0);
+    const FormatRow rows[] = {
+        {12.5, DISP_DEC2, "%#L", 64, "+12.50", 6},
+        {12.5, DISP_DEC2, "%#S", 64, "+12.50", 6},
+        {-12.5, DISP_DEC2, "%#L", 64, "-12.50", 6},
+        {-0.375, DISP_8THS, "%#L", 64, "-3/8", 4},
+        {12.5, DISP_DEC2, "%#w %L", 64, "12.50 12.50", 11},
+        {100.2578125, DISP_32NDS_QTR_A, "%w|%t|%b|%T|%B|%O|%o|%%", 64, "100|8|32|1|4|25|2|%", 19},
+        {12.0, DISP_8THS, "%w%%", 64, "12%", 3},
+        {12.0, DISP_8THS, "%q", 64, "", 0},
+    };
+    for (const FormatRow& row : rows) ExpectFormats(row);
 }
 
 TEST(FractionFormat, SizeLimitsAreKept) {
-    // Exactly the text's length: no room for the terminator, so 0 and none written.
-    const Formatted exact = FormatOf(12.375, DISP_8THS, "abcdef", 6);
-    EXPECT_EQ(exact.result, 0);
-    EXPECT_EQ(exact.text, "abcdef");
-    EXPECT_TRUE(exact.canaryIntact);
-    EXPECT_EQ(FormatOf(12.375, DISP_8THS, "%L", 7).result, 6);
-    // An inner layout that runs out reports 0: the position stays and later text
-    // overwrites its partial output.
-    const Formatted inner = FormatOf(12.375, DISP_8THS, "%Lxy", 5);
-    EXPECT_EQ(inner.text, "xy");
-    EXPECT_EQ(inner.result, 2);
-    EXPECT_TRUE(inner.canaryIntact);
-    // Numbers keep a place for the terminator and lose their leading digits: here the
-    // inner layout ends with room left, and the outer text follows.
-    EXPECT_EQ(FormatOf(12.375, DISP_8THS, "%Lxy", 6).text, "12 3/x");
-    EXPECT_EQ(FormatOf(1.0078125, DISP_128THS, "%b", 3).text, "28");
-    const Formatted noDigit = FormatOf(1.0078125, DISP_128THS, "%b", 1);
-    EXPECT_EQ(noDigit.result, 0);
-    EXPECT_EQ(noDigit.text, "");
-    EXPECT_TRUE(noDigit.canaryIntact);
-    for (int size : {0, -5}) {
-        const Formatted none = FormatOf(1.0, DISP_8THS, "%L", size);
-        EXPECT_EQ(none.result, 0);
-        EXPECT_TRUE(none.canaryIntact);
-    }
+    const FormatRow rows[] = {
+        // Exactly the text's length: no room for the terminator, so 0 and none written.
+        {12.375, DISP_8THS, "abcdef", 6, "abcdef", 0},
+        {12.375, DISP_8THS, "%L", 7, "12 3/8", 6},
+        // An inner layout that runs out reports 0: the position stays and later text
+        // overwrites its partial output.
+        {12.375, DISP_8THS, "%Lxy", 5, "xy", 2},
+        // Numbers keep a place for the terminator and lose their leading digits: here the
+        // inner layout ends with room left, and the outer text follows.
+        {12.375, DISP_8THS, "%Lxy", 6, "12 3/x", 0},
+        {1.0078125, DISP_128THS, "%b", 3, "28", 2},
+        {1.0078125, DISP_128THS, "%b", 1, "", 0},
+        {1.0, DISP_8THS, "%L", 0, "", 0},
+        {1.0, DISP_8THS, "%L", -5, "", 0},
+    };
+    for (const FormatRow& row : rows) ExpectFormats(row);
 }
 
 TEST(FractionFormat, ToStringSearchesAsSetUpIntoOneSharedBuffer) {

@@ -15,7 +15,13 @@ using Rep = CDoubleToFractRep::NUMERAL_REPRESENTATION;
 struct Searched {
     std::string whole;
     int kind, numerator, denominator, subNumerator, subDenominator;
+    bool operator==(const Searched&) const = default;
 };
+
+void PrintTo(const Searched& s, std::ostream* os) {
+    *os << s.whole << " kind " << s.kind << " " << s.numerator << "/" << s.denominator << " "
+        << s.subNumerator << "/" << s.subDenominator;
+}
 
 Searched Take(CDoubleToFractRep& rep) {
     Rep r;
@@ -94,17 +100,9 @@ TEST(FractionSearch, SignOfValuesBetweenMinusOneAndZeroSurvives) {
 }
 
 TEST(FractionSearch, CompoundStylesSplitTheLast128th) {
-    const Searched quarters = Round(100.265625, DISP_32NDS_QTR_A);
-    EXPECT_EQ(quarters.kind, REP_COMPOUND);
-    EXPECT_EQ(quarters.numerator, 8);
-    EXPECT_EQ(quarters.denominator, 32);
-    EXPECT_EQ(quarters.subNumerator, 2);
-    EXPECT_EQ(quarters.subDenominator, 4);
-    const Searched halves = Round(100.265625, DISP_64THS_HALF_B);
-    EXPECT_EQ(halves.numerator, 17);
-    EXPECT_EQ(halves.denominator, 64);
-    EXPECT_EQ(halves.subNumerator, 0);
-    EXPECT_EQ(halves.subDenominator, 2);
+    EXPECT_EQ((Searched{"100", REP_COMPOUND, 8, 32, 2, 4}), Round(100.265625, DISP_32NDS_QTR_A));
+    EXPECT_EQ((Searched{"100", REP_COMPOUND, 17, 64, 0, 2}),
+              Round(100.265625, DISP_64THS_HALF_B));
     EXPECT_EQ(Round(100.2734375, DISP_32NDS_QTR_C).subNumerator, 3);
 }
 

@@ -18,7 +18,7 @@ public:
     Pipe() { EXPECT_EQ(0, ::pipe(m_fds)); }
     ~Pipe() {
         closeRead();
-        if (m_fds[1] >= 0) ::close(m_fds[1]);
+        closeWrite();
     }
     int readEnd() const { return m_fds[0]; }
     void signal() { ASSERT_EQ(1, ::write(m_fds[1], "x", 1)); }
@@ -26,37 +26,42 @@ public:
         char byte;
         ASSERT_EQ(1, ::read(m_fds[0], &byte, 1));
     }
-    void closeRead() {
-        if (m_fds[0] >= 0) ::close(m_fds[0]);
-        m_fds[0] = -1;
-    }
+    void closeRead() { closeEnd(0); }
+    void closeWrite() { closeEnd(1); }
 
 private:
+    void closeEnd(int end) {
+        if (m_fds[end] >= 0) ::close(m_fds[end]);
+        m_fds[end] = -1;
+    }
+
     int m_fds[2] = {-1, -1};
 };
 
 void Sleep(int ms) { std::this_thread::sleep_for(std::chrono::milliseconds(ms)); }
 
-TEST(PollLoop, TimerRepeatsUntilRemovedAndRunEndsOnQuit) {
+class PollLoopTest : public ::testing::Test {
+protected:
     PollLoop loop;
+};
+
+TEST_F(PollLoopTest, TimerRepeatsUntilItRemovesItselfAndRunEndsOnQuit) {
     int fired = 0;
     MainLoop::TimerId id = 0;
     id = loop.addTimer(5, [&] {
-        if (++fired == 3) loop.quit();
+        if (++fired < 3) return;
+        loop.removeTimer(id);
+        loop.quit();
     });
     ASSERT_NE(0u, id);
     loop.run();
-    EXPECT_EQ(3, fired);
-
-    loop.removeTimer(id);
-    loop.removeTimer(id);  // twice is harmless
+    loop.removeTimer(id);  // again is harmless
     Sleep(20);
     EXPECT_EQ(0, loop.runOnce(0));
     EXPECT_EQ(3, fired);
 }
 
-TEST(PollLoop, MissedExpirationsFoldIntoOneCall) {
-    PollLoop loop;
+TEST_F(PollLoopTest, MissedExpirationsFoldIntoOneCall) {
     int fired = 0;
     loop.addTimer(1, [&] { ++fired; });
     Sleep(30);
@@ -64,16 +69,14 @@ TEST(PollLoop, MissedExpirationsFoldIntoOneCall) {
     EXPECT_EQ(1, fired);
 }
 
-TEST(PollLoop, ZeroMillisecondTimerStillFires) {
-    PollLoop loop;
+TEST_F(PollLoopTest, ZeroMillisecondTimerStillFires) {
     int fired = 0;
     ASSERT_NE(0u, loop.addTimer(0, [&] { ++fired; }));
     EXPECT_EQ(1, loop.runOnce(1000));
     EXPECT_EQ(0u, loop.addTimer(10, nullptr));  // nothing to call: refused
 }
 
-TEST(PollLoop, WatchedDescriptorCallsWhileReadable) {
-    PollLoop loop;
+TEST_F(PollLoopTest, WatchedDescriptorCallsWhileReadable) {
     Pipe pipe;
     int calls = 0;
     loop.watchFd(pipe.readEnd(), [&] {
@@ -101,8 +104,7 @@ TEST(PollLoop, WatchedDescriptorCallsWhileReadable) {
     EXPECT_EQ(0, loop.runOnce(0));
 }
 
-TEST(PollLoop, CallbackMayRemoveItselfAndOthersDuringDispatch) {
-    PollLoop loop;
+TEST_F(PollLoopTest, CallbackMayRemoveItselfAndOthersDuringDispatch) {
     Pipe first, second;
     int secondCalls = 0;
     int timerCalls = 0;
@@ -129,21 +131,7 @@ TEST(PollLoop, CallbackMayRemoveItselfAndOthersDuringDispatch) {
     EXPECT_EQ(0, loop.runOnce(20));
 }
 
-TEST(PollLoop, TimerRemovingItselfDoesNotFireAgain) {
-    PollLoop loop;
-    int fired = 0;
-    MainLoop::TimerId id = 0;
-    id = loop.addTimer(1, [&] {
-        ++fired;
-        loop.removeTimer(id);
-    });
-    EXPECT_EQ(1, loop.runOnce(1000));
-    EXPECT_EQ(0, loop.runOnce(20));
-    EXPECT_EQ(1, fired);
-}
-
-TEST(PollLoop, WatchesAndTimersAddedDuringDispatchWaitForTheNextRound) {
-    PollLoop loop;
+TEST_F(PollLoopTest, WatchesAndTimersAddedDuringDispatchWaitForTheNextRound) {
     Pipe first, second;
     int added = 0;
     int addedTimer = 0;
@@ -162,8 +150,7 @@ TEST(PollLoop, WatchesAndTimersAddedDuringDispatchWaitForTheNextRound) {
     EXPECT_EQ(1, addedTimer);
 }
 
-TEST(PollLoop, WatchReplacedDuringDispatchIsNotCalledForTheOldReadiness) {
-    PollLoop loop;
+TEST_F(PollLoopTest, WatchReplacedDuringDispatchIsNotCalledForTheOldReadiness) {
     Pipe first, second;
     int oldCalls = 0, newCalls = 0;
     loop.watchFd(first.readEnd(), [&] {
@@ -180,8 +167,7 @@ TEST(PollLoop, WatchReplacedDuringDispatchIsNotCalledForTheOldReadiness) {
     EXPECT_EQ(1, newCalls);
 }
 
-TEST(PollLoop, QuitStopsDispatchAfterTheCurrentCallbackAndLosesNothing) {
-    PollLoop loop;
+TEST_F(PollLoopTest, QuitStopsDispatchAfterTheCurrentCallbackAndLosesNothing) {
     Pipe first, second;
     std::vector<int> order;
     loop.watchFd(first.readEnd(), [&] {
@@ -201,8 +187,7 @@ TEST(PollLoop, QuitStopsDispatchAfterTheCurrentCallbackAndLosesNothing) {
     EXPECT_EQ((std::vector<int>{1, 2}), order);
 }
 
-TEST(PollLoop, RunForReturnsAfterItsTimeAndQuitEndsOnlyTheInnermostRun) {
-    PollLoop loop;
+TEST_F(PollLoopTest, RunForReturnsAfterItsTimeAndQuitEndsOnlyTheInnermostRun) {
     const auto start = std::chrono::steady_clock::now();
     loop.runFor(30);
     EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(30));
@@ -237,8 +222,7 @@ TEST(PollLoop, RunForReturnsAfterItsTimeAndQuitEndsOnlyTheInnermostRun) {
     EXPECT_LT(std::chrono::steady_clock::now() - again, std::chrono::seconds(30));
 }
 
-TEST(PollLoop, DescriptorClosedWithoutUnwatchIsDropped) {
-    PollLoop loop;
+TEST_F(PollLoopTest, DescriptorClosedWithoutUnwatchIsDropped) {
     Pipe pipe;
     int calls = 0;
     loop.watchFd(pipe.readEnd(), [&] { ++calls; });
@@ -248,19 +232,16 @@ TEST(PollLoop, DescriptorClosedWithoutUnwatchIsDropped) {
     EXPECT_EQ(0, calls);
 }
 
-TEST(PollLoop, HungUpDescriptorIsReportedSoItsOwnerSeesTheEnd) {
-    PollLoop loop;
-    int fds[2];
-    ASSERT_EQ(0, ::pipe(fds));
-    ::close(fds[1]);
+TEST_F(PollLoopTest, HungUpDescriptorIsReportedSoItsOwnerSeesTheEnd) {
+    Pipe pipe;
+    pipe.closeWrite();
     int calls = 0;
-    loop.watchFd(fds[0], [&] {
+    loop.watchFd(pipe.readEnd(), [&] {
         ++calls;
-        loop.unwatchFd(fds[0]);
+        loop.unwatchFd(pipe.readEnd());
     });
     EXPECT_EQ(1, loop.runOnce(1000));
     EXPECT_EQ(1, calls);
-    ::close(fds[0]);
 }
 
 // ---- SetMainLoop / GetMainLoop ------------------------------------------------------------

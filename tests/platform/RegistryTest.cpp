@@ -1,5 +1,6 @@
 #include "platform/Registry.h"
 
+#include <optional>
 #include <string>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -12,6 +13,19 @@ namespace qvnrt::platform {
 namespace {
 
 constexpr char kRealTime[] = "Software\\Quorvane\\RealTime";
+
+// A value as read back, or nothing when the read fails.
+std::optional<std::string> StringOf(const RegistryKey& key, const std::string& name) {
+    std::string text;
+    if (!key.QueryString(name, text)) return std::nullopt;
+    return text;
+}
+
+std::optional<uint32_t> DwordOf(const RegistryKey& key, const std::string& name) {
+    uint32_t number = 0;
+    if (!key.QueryDword(name, number)) return std::nullopt;
+    return number;
+}
 
 class RegistryTest : public ::testing::Test {
 protected:
@@ -35,22 +49,17 @@ TEST_F(RegistryTest, WritesRegeditSyntaxAndReadsItBack) {
 
     auto reopened = RegistryKey::Open(kRealTime);
     ASSERT_TRUE(reopened);
-    std::string text;
-    uint32_t number = 0;
-    EXPECT_TRUE(reopened->QueryString("RealTime DLL", text));
-    EXPECT_EQ("Client.DLL", text);
-    EXPECT_TRUE(reopened->QueryDword("DispStyle0", number));
-    EXPECT_EQ(7u, number);
+    EXPECT_EQ("Client.DLL", StringOf(*reopened, "RealTime DLL"));
+    EXPECT_EQ(7u, DwordOf(*reopened, "DispStyle0"));
 
     // Each type is read only as itself, and a missing value is a failure.
-    EXPECT_FALSE(reopened->QueryDword("RealTime DLL", number));
-    EXPECT_FALSE(reopened->QueryString("DispStyle0", text));
-    EXPECT_FALSE(reopened->QueryString("Absent", text));
+    EXPECT_FALSE(DwordOf(*reopened, "RealTime DLL"));
+    EXPECT_FALSE(StringOf(*reopened, "DispStyle0"));
+    EXPECT_FALSE(StringOf(*reopened, "Absent"));
 
     // Setting again replaces in place; a full 32-bit value survives.
     ASSERT_TRUE(reopened->SetDword("DispStyle0", 0xFFFFFFFFu));
-    ASSERT_TRUE(reopened->QueryDword("DispStyle0", number));
-    EXPECT_EQ(0xFFFFFFFFu, number);
+    EXPECT_EQ(0xFFFFFFFFu, DwordOf(*reopened, "DispStyle0"));
     EXPECT_NE(std::string::npos, File().find("\"DispStyle0\"=dword:ffffffff\n"));
 }
 
@@ -61,13 +70,11 @@ TEST_F(RegistryTest, EscapesBackslashesAndQuotes) {
     ASSERT_TRUE(key->SetString("Path \"quoted\"", tricky));
     const std::string line = R"("Path \"quoted\""="C:\\Program Files\\\"Quorvane\"\\")";
     EXPECT_NE(std::string::npos, File().find(line + "\n")) << File();
-    std::string text;
-    ASSERT_TRUE(key->QueryString("Path \"quoted\"", text));
-    EXPECT_EQ(tricky, text);
+    EXPECT_EQ(tricky, StringOf(*key, "Path \"quoted\""));
 
     // A text that the format cannot hold on one line is refused, and nothing changes.
     EXPECT_FALSE(key->SetString("Two lines", "a\nb"));
-    EXPECT_FALSE(key->QueryString("Two lines", text));
+    EXPECT_FALSE(StringOf(*key, "Two lines"));
 }
 
 TEST_F(RegistryTest, NamesCompareWithoutCaseAndKeepTheirFirstSpelling) {
@@ -76,9 +83,7 @@ TEST_F(RegistryTest, NamesCompareWithoutCaseAndKeepTheirFirstSpelling) {
     ASSERT_TRUE(key);
     ASSERT_TRUE(key->SetString("RealTime DLL", "first.so"));
     ASSERT_TRUE(key->SetString("REALTIME dll", "second.so"));
-    std::string text;
-    ASSERT_TRUE(RegistryKey::Open(kRealTime)->QueryString("realtime DLL", text));
-    EXPECT_EQ("second.so", text);
+    EXPECT_EQ("second.so", StringOf(*RegistryKey::Open(kRealTime), "realtime DLL"));
 
     const std::string file = File();
     EXPECT_NE(std::string::npos, file.find("[HKEY_CURRENT_USER\\Software\\Quorvane\\RealTime]"));
@@ -139,17 +144,12 @@ TEST_F(RegistryTest, MalformedFileKeepsItsGoodValuesThroughTheNextWrite) {
 
     auto key = RegistryKey::Open(kRealTime);
     ASSERT_TRUE(key);
-    std::string text;
-    uint32_t number = 0;
-    EXPECT_TRUE(key->QueryString("RealTime DLL", text));
-    EXPECT_EQ("Client.DLL", text);
-    EXPECT_TRUE(key->QueryDword("DispStyle0", number));  // a repeated section joins the first
-    EXPECT_EQ(7u, number);
-    EXPECT_TRUE(key->QueryString("", text));
-    EXPECT_EQ("default value", text);
-    EXPECT_FALSE(key->QueryString("Unterminated", text));
-    EXPECT_FALSE(key->QueryDword("BadDword", number));
-    EXPECT_FALSE(key->QueryDword("TooWide", number));
+    EXPECT_EQ("Client.DLL", StringOf(*key, "RealTime DLL"));
+    EXPECT_EQ(7u, DwordOf(*key, "DispStyle0"));  // a repeated section joins the first
+    EXPECT_EQ("default value", StringOf(*key, ""));
+    EXPECT_FALSE(StringOf(*key, "Unterminated"));
+    EXPECT_FALSE(DwordOf(*key, "BadDword"));
+    EXPECT_FALSE(DwordOf(*key, "TooWide"));
     EXPECT_FALSE(RegistryKey::Open("Broken"));
 
     ASSERT_TRUE(key->SetString("Added", "new"));
@@ -173,9 +173,8 @@ TEST_F(RegistryTest, DeleteValueRemovesOnlyThatValue) {
     ASSERT_TRUE(key->SetString("B", "2"));
     EXPECT_TRUE(key->DeleteValue("a"));
     EXPECT_FALSE(key->DeleteValue("A"));
-    std::string text;
-    EXPECT_FALSE(key->QueryString("A", text));
-    EXPECT_TRUE(key->QueryString("B", text));
+    EXPECT_FALSE(StringOf(*key, "A"));
+    EXPECT_EQ("2", StringOf(*key, "B"));
     EXPECT_TRUE(RegistryKey::Open(kRealTime));  // the key stays, empty or not
 }
 
@@ -184,8 +183,7 @@ TEST_F(RegistryTest, ValueSetThroughAKeyWhoseSectionVanishedIsKept) {
     ASSERT_TRUE(key);
     WriteFile("REGEDIT4\n");  // edited away by hand while the key was open
     ASSERT_TRUE(key->SetString("RealTime DLL", "Client.DLL"));
-    std::string text;
-    EXPECT_TRUE(RegistryKey::Open(kRealTime)->QueryString("RealTime DLL", text));
+    EXPECT_EQ("Client.DLL", StringOf(*RegistryKey::Open(kRealTime), "RealTime DLL"));
 }
 
 TEST_F(RegistryTest, StoreThatCannotBeReadIsNeverReplaced) {
@@ -222,10 +220,8 @@ TEST_F(RegistryTest, TwoProcessesWritingAtOnceLoseNothing) {
     ASSERT_TRUE(key);
     for (int child = 0; child < 2; ++child) {
         for (int i = 0; i < kWrites; ++i) {
-            uint32_t number = 0;
             const std::string name = "P" + std::to_string(child) + "_" + std::to_string(i);
-            ASSERT_TRUE(key->QueryDword(name, number)) << name;
-            EXPECT_EQ(static_cast<uint32_t>(i), number);
+            EXPECT_EQ(static_cast<uint32_t>(i), DwordOf(*key, name)) << name;
         }
     }
 }
