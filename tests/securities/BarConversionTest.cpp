@@ -40,9 +40,14 @@ int Send(IntradayOwner& owner, std::vector<RTINTRADAY_PRICEREC> bars, int isNew 
                                         RTREC_INTRADAY_PRICEREC, bars.data());
 }
 
-TEST(BarConversion, SevenMinuteBarsFollowTheSessionWithAShortLastBar) {
+// An owner under one regular session, 9:30 to 16:00.
+class BarConversion : public ::testing::Test {
+protected:
+    void SetUp() override { owner.UseRules(Sessions(true, {{Hm(9, 30), Hm(16, 0)}})); }
     IntradayOwner owner;
-    owner.UseRules(Sessions(true, {{Hm(9, 30), Hm(16, 0)}}));
+};
+
+TEST_F(BarConversion, SevenMinuteBarsFollowTheSessionWithAShortLastBar) {
     AskForBars(owner, 7);
     // The day and a pre-market minute, which belongs to no session.
     auto bars = History(At(2026, 11, 18, 9, 30), 390);
@@ -65,9 +70,7 @@ TEST(BarConversion, SevenMinuteBarsFollowTheSessionWithAShortLastBar) {
     EXPECT_EQ(At(2026, 11, 18, 15, 55), owner.m_barStart);
 }
 
-TEST(BarConversion, ABarSplitOverTwoPacketsIsSentAgainWholeWithTheLaterClose) {
-    IntradayOwner owner;
-    owner.UseRules(Sessions(true, {{Hm(9, 30), Hm(16, 0)}}));
+TEST_F(BarConversion, ABarSplitOverTwoPacketsIsSentAgainWholeWithTheLaterClose) {
     AskForBars(owner, 7);
     auto bars = History(At(2026, 11, 18, 9, 30), 14);  // two bars: 9:30 and 9:37
     const std::vector<RTINTRADAY_PRICEREC> newer(bars.begin(), bars.begin() + 4);  // 9:40-9:43
@@ -85,9 +88,7 @@ TEST(BarConversion, ABarSplitOverTwoPacketsIsSentAgainWholeWithTheLaterClose) {
     EXPECT_EQ(bars[6].open, whole.open);  // 9:37, from the older packet
 }
 
-TEST(BarConversion, LiveMinutesGrowTheOpenBarUnderOneStampThenOpenTheNext) {
-    IntradayOwner owner;
-    owner.UseRules(Sessions(true, {{Hm(9, 30), Hm(16, 0)}}));
+TEST_F(BarConversion, LiveMinutesGrowTheOpenBarUnderOneStampThenOpenTheNext) {
     AskForBars(owner, 5);
     Send(owner, History(At(2026, 11, 18, 10, 0), 2));  // 10:00 and 10:01
     owner.calls.clear();
@@ -109,9 +110,7 @@ TEST(BarConversion, LiveMinutesGrowTheOpenBarUnderOneStampThenOpenTheNext) {
     EXPECT_EQ(10, owner.calls[3].bars[1].volume);
 }
 
-TEST(BarConversion, EmptyBarTakesTheFirstRealMinuteWhole) {
-    IntradayOwner owner;
-    owner.UseRules(Sessions(true, {{Hm(9, 30), Hm(16, 0)}}));
+TEST_F(BarConversion, EmptyBarTakesTheFirstRealMinuteWhole) {
     AskForBars(owner, 5);
     Send(owner, History(At(2026, 11, 18, 10, 0), 2));
     // The heartbeat's placeholder for 10:05 to 10:09:59, as OnHeartBeat leaves it.
@@ -130,7 +129,7 @@ TEST(BarConversion, EmptyBarTakesTheFirstRealMinuteWhole) {
     EXPECT_EQ(0u, owner.m_savedBarStart);  // the empty bars are forgotten
 }
 
-TEST(BarConversion, WithoutRulesConvertedRequestsGetNothingAndPlainOnesStillPass) {
+TEST(BarConversionWithoutRules, ConvertedRequestsGetNothingAndPlainOnesStillPass) {
     IntradayOwner owner;
     AskForBars(owner, 7);
     Send(owner, History(At(2026, 11, 18, 10, 0), 20));

@@ -36,6 +36,7 @@ protected:
     }
     void TearDown() override { owner.reset(); }
 
+    void UseRegularDay() { owner->UseRules(Sessions(true, {{Hm(9, 30), Hm(16, 0)}})); }
     void SetNow(uint32_t date) {
         clock.now = date - EPOCH_1970;
         RTSecCache::Store().refreshClock();
@@ -158,7 +159,7 @@ TEST_F(IntradayRequest, UnconvertedRecordsArriveAsDatesWithEveryOtherByteKept) {
 }
 
 TEST_F(IntradayRequest, BadPacketsAreSurvivedAndLatePacketsDropped) {
-    owner->UseRules(Sessions(true, {{Hm(9, 30), Hm(16, 0)}}));
+    UseRegularDay();
     ASSERT_TRUE(Ask(-5, 0, 0, kDirect));  // packets as the driver sends them, not the cache
     const unsigned long first = Handle();
     session.fake.fireTick(first, -3, 0, RTREC_INTRADAY_PRICEREC, nullptr);
@@ -202,7 +203,7 @@ class MarketOpen : public IntradayRequest, public ::testing::WithParamInterface<
 
 TEST_P(MarketOpen, FirstPacketSaysWhetherMoreIsDueToday) {
     const MarketCase& c = GetParam();
-    owner->UseRules(Sessions(true, {{Hm(9, 30), Hm(16, 0)}}));
+    UseRegularDay();
     owner->m_bitFlags = c.bitFlags;
     owner->m_exchange = 3;
     if (c.exchangeDelay) session.fake.setExchangeLong(3, 11, c.exchangeDelay);
@@ -225,7 +226,7 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& info) { return "case" + std::to_string(info.index); });
 
 TEST_F(IntradayRequest, MarketTestRunsAgainOnlyAtTheNextEdge) {
-    owner->UseRules(Sessions(true, {{Hm(9, 30), Hm(16, 0)}}));
+    UseRegularDay();
     SetNow(At(2026, 11, 18, 17, 0));
     ASSERT_TRUE(Ask(-5, 0, 0, kDirect));
     RTINTRADAY_PRICEREC bar = Minute(At(2026, 11, 18, 15, 58), 10, 1, 2, 3, 0.5f);
@@ -244,7 +245,7 @@ class HeartBeat : public IntradayRequest {
 protected:
     void SetUp() override {
         IntradayRequest::SetUp();
-        owner->UseRules(Sessions(true, {{Hm(9, 30), Hm(16, 0)}}));
+        UseRegularDay();
         SetNow(At(2026, 11, 18, 10, 4, 30));
         ASSERT_TRUE(Ask(-5, 0, 0, kDirect));  // live bars as the driver sends them
         RTINTRADAY_PRICEREC bars[2] = {Minute(At(2026, 11, 18, 10, 3), 10, 5, 6, 7, 4),

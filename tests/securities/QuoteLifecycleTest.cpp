@@ -60,7 +60,7 @@ TEST_F(QuoteLifecycle, ModifySecurity) {
     EXPECT_EQ(2, session.fake.count("clientModifySecurity"));
 }
 
-TEST_F(QuoteLifecycle, PriceAccessorsTreatExactZeroAsMissing) {
+TEST_F(QuoteLifecycle, PriceAccessorsTreatExactZeroAsMissingAndByteOnesGiveTheLowByte) {
     RTSecurity security;
     long error = 99;
     EXPECT_EQ(0.0f, security.GetSecPrevClose(&error));
@@ -70,14 +70,12 @@ TEST_F(QuoteLifecycle, PriceAccessorsTreatExactZeroAsMissing) {
     security.m_lastTrade = -1.5f;  // a negative price is present
     EXPECT_EQ(-1.5, security.GetSecLastTrade(&error));
     EXPECT_EQ(0, error);
-}
 
-TEST_F(QuoteLifecycle, ByteAccessorsGiveTheLowByte) {
-    RTSecurity security;
+    // Byte accessors give the low byte.
     security.m_bitFlags = 0x1A5;
     security.m_exchange = -1;
     security.m_assetType = static_cast<RTSecurityType>(7);
-    long error = 99;
+    error = 99;
     EXPECT_EQ(0xA5, security.GetSecBitFlags(&error));
     EXPECT_EQ(0, error);
     EXPECT_EQ(0xFF, security.GetSecExchange(&error));

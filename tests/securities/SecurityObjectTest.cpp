@@ -2,6 +2,7 @@
 #include <cstdint>
 #include <cstdlib>
 #include <string>
+#include <tuple>
 #include <typeinfo>
 
 #include <gtest/gtest.h>
@@ -85,46 +86,40 @@ TEST(SecurityObject, TickDirectionFollowsTheSignOfField59) {
 }
 
 TEST(SecurityObject, Field1KeepsTheApplicationsSpelling) {
-    RTSec_Base security;
-    Field(security, 1, "ibm");
-    EXPECT_STREQ("ibm", security.m_strSymbol);  // empty: taken
-    Field(security, 1, "IBM");
-    EXPECT_STREQ("ibm", security.m_strSymbol);  // the same but for case: kept
-    Field(security, 1, "MSFT");
-    EXPECT_STREQ("MSFT", security.m_strSymbol);  // another symbol: taken
-
-    // A symbol of 20 characters whose first 19 come back keeps its spelling.
-    security.m_strSymbol = "abcdefghijklmnopqrst";
-    Field(security, 1, "ABCDEFGHIJKLMNOPQRS");
-    EXPECT_STREQ("abcdefghijklmnopqrst", security.m_strSymbol);
-
-    // The mapped symbol counts as a match too.
     appSymbolMap.SetAt("XYZ", "ABC");
-    security.m_strSymbol = "abc";
-    security.m_assetType = static_cast<RTSecurityType>(5);
-    Field(security, 1, "xyz");
-    EXPECT_STREQ("abc", security.m_strSymbol);
-    security.m_flags = 1;  // not mapped: "xyz" is now another symbol
-    Field(security, 1, "xyz");
-    EXPECT_STREQ("xyz", security.m_strSymbol);
+    // Held symbol, asset type, flags, symbol sent, symbol kept: the sent one replaces the
+    // held one only when it names another symbol (case, the cut to 19 and mapping aside).
+    const std::tuple<const char*, int, int, const char*, const char*> rows[] = {
+        {"", 0, 0, "ibm", "ibm"},         {"ibm", 0, 0, "IBM", "ibm"},
+        {"ibm", 0, 0, "MSFT", "MSFT"},    {"abc", 5, 0, "xyz", "abc"},
+        {"abc", 5, 1, "xyz", "xyz"},
+        {"abcdefghijklmnopqrst", 0, 0, "ABCDEFGHIJKLMNOPQRS", "abcdefghijklmnopqrst"},
+    };
+    for (const auto& [held, type, flags, sent, kept] : rows) {
+        RTSec_Base security;
+        security.m_strSymbol = held;
+        security.m_assetType = static_cast<RTSecurityType>(type);
+        security.m_flags = flags;
+        Field(security, 1, sent);
+        EXPECT_STREQ(kept, security.m_strSymbol) << held << " <- " << sent;
+    }
 }
 
 TEST(SecurityObject, RequestSymbolMapping) {
     appSymbolMap.SetAt("XYZ", "ABC");
-    RTSec_Base security;
-    security.m_strSymbol = "abc";
-    security.m_assetType = static_cast<RTSecurityType>(5);
-    EXPECT_STREQ("ABC\nXYZ", security.GetReqSymbol());
-    for (int unmappedType : {0, 3}) {
-        security.m_assetType = static_cast<RTSecurityType>(unmappedType);
-        EXPECT_STREQ("ABC", security.GetReqSymbol());
+    // Symbol, asset type, flags, and the symbol asked of the driver: only a mappable type
+    // without the unmapped flag adds the mapped name after a line feed.
+    const std::tuple<const char*, int, int, const char*> rows[] = {
+        {"abc", 5, 0, "ABC\nXYZ"}, {"abc", 0, 0, "ABC"},     {"abc", 3, 0, "ABC"},
+        {"abc", 5, 1, "ABC"},      {"other", 5, 0, "OTHER"},
+    };
+    for (const auto& [symbol, type, flags, asked] : rows) {
+        RTSec_Base security;
+        security.m_strSymbol = symbol;
+        security.m_assetType = static_cast<RTSecurityType>(type);
+        security.m_flags = flags;
+        EXPECT_STREQ(asked, security.GetReqSymbol()) << symbol << " type " << type;
     }
-    security.m_assetType = static_cast<RTSecurityType>(5);
-    security.m_flags = 1;
-    EXPECT_STREQ("ABC", security.GetReqSymbol());
-    security.m_flags = 0;
-    security.m_strSymbol = "other";
-    EXPECT_STREQ("OTHER", security.GetReqSymbol());  // not in the map: no line feed
 }
 
 TEST(SecurityObject, OptionFields) {

@@ -90,6 +90,10 @@ protected:
         owner.ReqSecurity(symbol, nullptr, static_cast<RTSecurityType>(7), 1, 0);
         return owner.m_hSessEvent;
     }
+    void Deliver(unsigned long handle) {
+        SESSION_INFO rules = Rules(0x091E, 0x1000);
+        session.fake.fireSession(handle, 0, &rules, nullptr);
+    }
     qvnrt::test::FakeSession session;
 };
 
@@ -114,33 +118,23 @@ TEST_F(SessionRules, RulesAreFetchedCachedAndToldOnlyWhenTheyChange) {
     EXPECT_EQ(nullptr, holidays);  // holidays are not cached
 }
 
-TEST_F(SessionRules, EveryListenerOfTheSymbolHearsAChange) {
+TEST_F(SessionRules, EveryListenerOfTheSymbolHearsAChangeAndOneGoneIsNotCalled) {
     Owner first, second;
+    auto gone = std::make_unique<Owner>();
     const unsigned long firstHandle = Open(first);
     Open(second);
-    SESSION_INFO rules = Rules(0x091E, 0x1000);
-    session.fake.fireSession(firstHandle, 0, &rules, nullptr);
+    Open(*gone);
+    gone.reset();  // clean under ASan
+    Deliver(firstHandle);
     EXPECT_EQ(1, first.changed);
     EXPECT_EQ(1, second.changed);
     EXPECT_EQ(0x091E, second.m_pSessionRec->sStartTime[0]);
 }
 
-TEST_F(SessionRules, AListenerThatGoesAwayIsNotCalled) {
-    Owner first;
-    auto second = std::make_unique<Owner>();
-    const unsigned long firstHandle = Open(first);
-    Open(*second);
-    second.reset();
-    SESSION_INFO rules = Rules(0x0800, 0x1000);
-    session.fake.fireSession(firstHandle, 0, &rules, nullptr);  // clean under ASan
-    EXPECT_EQ(1, first.changed);
-}
-
 TEST_F(SessionRules, ADriverErrorEmptiesTheCachedRules) {
     Owner owner;
     const unsigned long handle = Open(owner);
-    SESSION_INFO rules = Rules(0x091E, 0x1000);
-    session.fake.fireSession(handle, 0, &rules, nullptr);
+    Deliver(handle);
     session.fake.fireSession(handle, -1, nullptr, nullptr);
     EXPECT_EQ(1, owner.closed);
     EXPECT_EQ(0u, owner.m_hSessEvent);
@@ -152,9 +146,7 @@ TEST_F(SessionRules, ADriverErrorEmptiesTheCachedRules) {
 TEST_F(SessionRules, KeptRulesAreDeliveredAtOnceEvenOffline) {
     {
         Owner writer;
-        const unsigned long handle = Open(writer);
-        SESSION_INFO rules = Rules(0x091E, 0x1000);
-        session.fake.fireSession(handle, 0, &rules, nullptr);
+        Deliver(Open(writer));
     }
     RTServer::Disconnect();
     Owner reader;

@@ -35,6 +35,13 @@ protected:
     void SetSameDirectory(const std::string& value) {
         home.config().write("QUORVANE.INI", "[INHOUSEDEVELOPMENT]\nSAMEDIRINTF=" + value + "\n");
     }
+    // Loads with no name set, as a first start would, and says which name was chosen.
+    void ExpectChosen(long result, const std::string& name) {
+        RTServer::m_DLLName[0] = '\0';
+        EXPECT_EQ(result, RTServer::OpenServer(0)) << name;
+        EXPECT_EQ(name, RTServer::m_DLLName);
+        RTServer::CloseServer();
+    }
 
     qvnrt::test::IsolatedHome home;
     qvnrt::test::RecordingUiHost ui;
@@ -104,37 +111,23 @@ TEST_F(DriverLoading, SameDirectoryDevelopmentSettingIgnoresTheRegistry) {
     SetRegistryName("/no/such/driver.so");
     for (const char* yes : {"Yes", "yes", "y"}) {
         SetSameDirectory(yes);
-        RTServer::m_DLLName[0] = '\0';
-        EXPECT_EQ(0, RTServer::OpenServer(0)) << yes;
-        EXPECT_STREQ("Client.DLL", RTServer::m_DLLName);
-        RTServer::CloseServer();
+        ExpectChosen(0, "Client.DLL");
     }
     // Any other first letter falls through to the registry's name.
     SetSameDirectory("no");
-    RTServer::m_DLLName[0] = '\0';
-    EXPECT_EQ(7348, RTServer::OpenServer(0));
-    EXPECT_STREQ("/no/such/driver.so", RTServer::m_DLLName);
+    ExpectChosen(7348, "/no/such/driver.so");
 }
 
 TEST_F(DriverLoading, RegistryNameAndItsDefault) {
     SetRegistryName(QVNFAKE_PATH);
-    EXPECT_EQ(0, RTServer::OpenServer(0));
-    EXPECT_STREQ(QVNFAKE_PATH, RTServer::m_DLLName);
-    RTServer::CloseServer();
-
+    ExpectChosen(0, QVNFAKE_PATH);
     // No value: Client.DLL, found in the host directory.
     PlaceClientDll();
     qvnrt::platform::RegistryKey::Open("Software\\Quorvane\\RealTime")->DeleteValue("RealTime DLL");
-    RTServer::m_DLLName[0] = '\0';
-    EXPECT_EQ(0, RTServer::OpenServer(0));
-    EXPECT_STREQ("Client.DLL", RTServer::m_DLLName);
-    RTServer::CloseServer();
-
+    ExpectChosen(0, "Client.DLL");
     // A value too long for the reader's 260 bytes gives the default as well.
     SetRegistryName(std::string(300, 'x'));
-    RTServer::m_DLLName[0] = '\0';
-    EXPECT_EQ(0, RTServer::OpenServer(0));
-    EXPECT_STREQ("Client.DLL", RTServer::m_DLLName);
+    ExpectChosen(0, "Client.DLL");
 }
 
 TEST_F(DriverLoading, LoadMessageShownOnceUntilASuccess) {

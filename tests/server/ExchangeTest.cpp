@@ -14,31 +14,26 @@ protected:
     qvnrt::test::FakeSession session;
 };
 
-TEST_F(Exchanges, WithoutAnExchangeEveryAccessorAnswersMinus2WithoutTheDriver) {
-    RTExchange exchange;
-    EXPECT_EQ(-1, exchange.m_exchange);
-    EXPECT_EQ(-1, exchange.m_position);
-    long error = 99;
+TEST_F(Exchanges, WithoutAnExchangeOrAnErrorPointerAccessorsAnswerMinus2WithoutTheDriver) {
+    RTExchange none;
+    EXPECT_EQ(-1, none.m_exchange);
+    EXPECT_EQ(-1, none.m_position);
     char buffer[16] = "untouched";
-    EXPECT_EQ(0, exchange.GetExchangeIndex(&error));
-    EXPECT_EQ(-2, error);
-    error = 99;
-    EXPECT_EQ(0, exchange.GetExchangeStartHour(&error));
-    EXPECT_EQ(-2, error);
-    error = 99;
-    EXPECT_EQ(0, exchange.GetExchangeLongName(buffer, sizeof(buffer), &error));
-    EXPECT_EQ(-2, error);
+    long error = 99;
+    EXPECT_EQ(0, none.GetExchangeLongName(buffer, sizeof(buffer), &error));
     EXPECT_STREQ("untouched", buffer);
-    EXPECT_EQ(-2, exchange.GetLastError());
+    EXPECT_EQ(-2, error);
+    error = 99;
+    EXPECT_EQ(0, none.GetExchangeIndex(&error));
+    EXPECT_EQ(-2, error);
+    error = 99;
+    EXPECT_EQ(0, none.GetExchangeStartHour(&error));
+    EXPECT_EQ(-2, error);
+    RTExchange noPointer(3);  // a null error pointer sets only the last error
+    EXPECT_EQ(0, noPointer.GetExchangeCloseMin(nullptr));
+    EXPECT_EQ(-2, noPointer.GetLastError());
     EXPECT_EQ(0, session.fake.count("clientGetExchangeLong"));
     EXPECT_EQ(0, session.fake.count("clientGetExchangeString"));
-}
-
-TEST_F(Exchanges, NullErrorPointerSetsOnlyTheLastError) {
-    RTExchange exchange(3);
-    EXPECT_EQ(0, exchange.GetExchangeCloseMin(nullptr));
-    EXPECT_EQ(-2, exchange.GetLastError());
-    EXPECT_EQ(0, session.fake.count("clientGetExchangeLong"));
 }
 
 TEST_F(Exchanges, AccessorsReadTheirFieldsThroughTheDriver) {

@@ -127,10 +127,10 @@ TEST_F(NetworkEvents, ConnectionEstablishedAndLimits) {
 
 TEST_F(NetworkEvents, IgnoredAndMalformedEvents) {
     RTServer::s_lServerTimeDelta = 12;
-    for (int event : {3, 0, 9, -1, 1000}) session.fake.fireNetwork(event, nullptr);
-    session.fake.fireNetwork(RTNET_SERVER_TIME, nullptr);
-    session.fake.fireNetwork(RTNET_CONNECTED, nullptr);
-    session.fake.fireNetwork(RTNET_SECURITY_CHANGE, nullptr);
+    for (int event : {3, 0, 9, -1, 1000, RTNET_SERVER_TIME, RTNET_CONNECTED,
+                      RTNET_SECURITY_CHANGE}) {
+        session.fake.fireNetwork(event, nullptr);  // unknown, or known but without its argument
+    }
     EXPECT_TRUE(listener.events.empty());
     EXPECT_EQ(12, RTServer::s_lServerTimeDelta);
     EXPECT_TRUE(RTServer::IsConnected());

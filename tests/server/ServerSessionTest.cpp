@@ -39,11 +39,9 @@ TEST_F(ServerSession, ConnectPassesItsArgumentsToTheDriver) {
     // The cache is off: the driver is told that nothing newer is wanted.
     EXPECT_EQ(2147483647u, open.number("changeStamp"));
     EXPECT_EQ(4, RTServer::s_connectMode);
-}
 
-TEST_F(ServerSession, RightsOfZeroAreNotAskedOfTheGate) {
-    g_appDataServiceRights.SetRightsValue(5, 77);
-    ConnectWith(RTOPEN_REMOTE);
+    RTServer::Disconnect();
+    ConnectWith(RTOPEN_REMOTE);  // rights of zero: the gate is not asked
     EXPECT_EQ(0, session.fake.last("clientOpenServer").integer("rights"));
 }
 
