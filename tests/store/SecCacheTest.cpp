@@ -442,6 +442,11 @@ TEST_F(SecCacheTest, StartUpRebuildsTheFreeListInIndexOrderAndEndsEveryKey) {
     for (const char* symbol : {"AAA", "BBBBBBBBBBBBBBBBBBB", "CCC"}) {
         EXPECT_TRUE(cache.map().find(symbol)) << symbol;
     }
+    // Taking a slot takes the head and counts it: a count left behind would hand the last
+    // slot's stale link out as a free slot.
+    ASSERT_NE(nullptr, cache.allocate());
+    EXPECT_EQ(2, cache.header()->freeCount);
+    EXPECT_EQ(3, cache.header()->freeHead);
 }
 
 // A second process on the directory of a running one: it says so and runs without a cache,
