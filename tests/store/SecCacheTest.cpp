@@ -7,7 +7,6 @@
 #include <cstring>
 #include <fstream>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -17,11 +16,13 @@
 
 #include "store/SecCache.h"
 #include "store/SecCacheEntry.h"
+#include "store/StoreTestSupport.h"
 #include "support/FakeSession.h"
 #include "support/RecordingSecurity.h"
 
 namespace {
 
+using qvnrt::test::ClogCapture;
 using qvnrt::test::RecordingSecurity;
 
 enum class Kind { Text, Byte, U16, S16, I32, Float };
@@ -66,17 +67,6 @@ float FloatValue(int field) { return static_cast<float>(field) + 0.25f; }
 std::string TextValue(int field) { return "T" + std::to_string(field); }
 
 const RTSecurityType kStock = static_cast<RTSecurityType>(1);
-
-// Captures std::clog while it lives, where the cache says what it had to give up.
-struct ClogCapture {
-    std::ostringstream text;
-    std::streambuf* saved = std::clog.rdbuf(text.rdbuf());
-    std::string stop() {
-        std::clog.rdbuf(saved);
-        return text.str();
-    }
-    ~ClogCapture() { std::clog.rdbuf(saved); }
-};
 
 std::string ReadFile(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
@@ -128,7 +118,7 @@ protected:
         RTServer::Disconnect();
         char fields[] = {2, 0};
         reader.ReqSecurity(symbol, fields, kStock, 1, 0);
-        return log.stop();
+        return log.text();
     }
 
     std::string CacheFile(const char* name) { return session.cacheDir.file(name); }
@@ -371,7 +361,7 @@ TEST_F(SecCacheTest, CacheThatCannotBeMappedTurnsItselfOff) {
     RTSec_Base first, second;
     EXPECT_FALSE(first.OpenRTSec("IBM"));
     EXPECT_FALSE(second.OpenRTSec("MSFT"));
-    const std::string text = log.stop();
+    const std::string text = log.text();
     EXPECT_FALSE(RTServer::IsCacheEnabled());
     const std::string notice = "disabled for this session";
     ASSERT_NE(std::string::npos, text.find(notice));
@@ -470,14 +460,13 @@ TEST_F(SecCacheTest, ASecondProcessOnTheDirectoryRunsWithItsCacheOff) {
     ClogCapture log;
     RTSec_Base second;
     const bool opened = second.OpenRTSec("OTHER");
-    const std::string said = log.stop();
     ASSERT_EQ(1, ::write(toChild[1], "g", 1));
     int status = 0;
     ASSERT_EQ(child, ::waitpid(child, &status, 0));
 
     EXPECT_FALSE(opened);
     EXPECT_FALSE(RTServer::IsCacheEnabled());
-    EXPECT_NE(std::string::npos, said.find("in use by another process"));
+    EXPECT_NE(std::string::npos, log.text().find("in use by another process"));
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
     EXPECT_EQ(-1, SlotOf(ReadFile(CacheFile("Sec1.dat")), "OTHER"));
 }
