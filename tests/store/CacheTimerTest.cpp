@@ -122,9 +122,12 @@ TEST_F(CacheTimer, BufferedEndOfDayRecordsWaitForAReadySecurity) {
     ASSERT_EQ(1u, qvnrt::securities::State().pendingEod().count(&owner));
 
     owner.ready = true;
+    EodOwner single;
+    qvnrt::securities::State().pendingEod()[&single] = Pending({20}, false, false);
     RTSecCache::CacheTimerProc(nullptr, 0, 0, 2000);
-    // Not final: all but the first, then the first alone with flags 0.
+    // Not final: all but the first, then the first alone with flags 0; a lone record only so.
     EXPECT_EQ((EodOwner::Calls{{2, 1, 11}, {1, 0, 10}}), owner.calls);
+    EXPECT_EQ((EodOwner::Calls{{1, 0, 20}}), single.calls);
     EXPECT_EQ(0u, qvnrt::securities::State().pendingEod().count(&owner));
 }
 
