@@ -20,11 +20,18 @@ constexpr char kCaption[] = "Quorvane Internet Trader";
 
 // Reaches the protected operations.
 class Research : public CInetResearch {
-public:
+  public:
     using CInetResearch::CInetResearch;
     using CInetResearch::OpenURL;
     using CInetResearch::SetInetSearchURL;
 };
+
+// The template with its tags filled as the search page would open it.
+std::string Filled(Research& research, const char* url) {
+    CString text = url;
+    research.SetInetSearchURL(text);
+    return text.str();
+}
 
 Names Enumerate(CInetResearch& research, int flags) {
     CStringArray out;
@@ -36,7 +43,7 @@ Names Enumerate(CInetResearch& research, int flags) {
 }
 
 class InetResearchTest : public ::testing::Test {
-protected:
+  protected:
     void Services(const std::string& lines) {
         home.host().write("inetres.txt", "[Internet Background Page]\n" + lines);
     }
@@ -45,6 +52,15 @@ protected:
     }
 
     qvnrt::test::IsolatedHome home;
+    // Message `index` said `text` under `style`, and under `caption` when one is given.
+    void ExpectMessage(size_t index, const std::string& text, unsigned style,
+                       const char* caption = nullptr) {
+        ASSERT_LT(index, host.messages.size());
+        EXPECT_EQ(text, host.messages[index].text);
+        EXPECT_EQ(style, host.messages[index].style);
+        if (caption) EXPECT_EQ(caption, host.messages[index].caption);
+    }
+
     RecordingUiHost host;
 };
 
@@ -52,22 +68,13 @@ TEST_F(InetResearchTest, FillsTheFirstOfEachTagOnly) {
     Research research("ibm", nullptr);
     EXPECT_EQ("IBM", research.m_symbol);
 
-    CString url = "http://h/q?s=<SYMBOL>&x=<SYMBOL>";
-    research.SetInetSearchURL(url);
-    EXPECT_EQ("http://h/q?s=IBM&x=<SYMBOL>", url);
-
-    url = "http://h/q?e=<EXTRA>";  // no extra text: the symbol stands in
-    research.SetInetSearchURL(url);
-    EXPECT_EQ("http://h/q?e=IBM", url);
-
+    EXPECT_EQ("http://h/q?s=IBM&x=<SYMBOL>", Filled(research, "http://h/q?s=<SYMBOL>&x=<SYMBOL>"));
+    // No extra text: the symbol stands in.
+    EXPECT_EQ("http://h/q?e=IBM", Filled(research, "http://h/q?e=<EXTRA>"));
     research.UpdateExtraSearchText("Big Blue");
-    url = "http://h/<EXTRA>/<SYMBOL>/<EXTRA>";
-    research.SetInetSearchURL(url);
-    EXPECT_EQ("http://h/Big Blue/IBM/<EXTRA>", url);
-
-    url = "http://h/<SYMBOL";  // a broken tag is plain text
-    research.SetInetSearchURL(url);
-    EXPECT_EQ("http://h/<SYMBOL", url);
+    EXPECT_EQ("http://h/Big Blue/IBM/<EXTRA>",
+              Filled(research, "http://h/<EXTRA>/<SYMBOL>/<EXTRA>"));
+    EXPECT_EQ("http://h/<SYMBOL", Filled(research, "http://h/<SYMBOL"));  // a broken tag is text
 
     research.UpdateSymbolName("msft");  // drops the extra text too
     EXPECT_EQ("MSFT", research.m_symbol);
@@ -142,12 +149,10 @@ TEST_F(InetResearchTest, OpensOnlyHttpAddresses) {
 TEST_F(InetResearchTest, SearchPageOpensTheFilledTemplateOrExplainsWhy) {
     Research research("ibm", nullptr);
     research.GotoInetSearchPage("Sym", 1, nullptr);  // no services at all
-    ASSERT_EQ(1u, host.messages.size());
-    EXPECT_EQ(
-        "There is no Internet research information available. Cannot perform Internet "
-        "research.",
-        host.messages[0].text);
-    EXPECT_EQ(qvnrt::MB_OK | qvnrt::MB_ICONINFORMATION, host.messages[0].style);
+    ExpectMessage(0,
+                  "There is no Internet research information available. Cannot perform "
+                  "Internet research.",
+                  qvnrt::MB_OK | qvnrt::MB_ICONINFORMATION);
     EXPECT_EQ((std::vector<std::string>{"Internet Symbol Search"}), host.panels);
 
     Services("Sym = http://s/q?s=<SYMBOL>\nFtp = ftp://f/<SYMBOL>\n");
@@ -165,41 +170,34 @@ TEST_F(InetResearchTest, SearchPageOpensTheFilledTemplateOrExplainsWhy) {
     // The yes/no buttons on a statement are kept; the answer changes nothing.
     host.messageAnswers = {qvnrt::IDYES};
     research.GotoInetSearchPage("", 1, nullptr);
-    ASSERT_EQ(1u, host.messages.size());
-    EXPECT_EQ("No Internet research information specified. Cannot perform Internet research.",
-              host.messages[0].text);
-    EXPECT_EQ(qvnrt::MB_YESNO | qvnrt::MB_ICONINFORMATION, host.messages[0].style);
+    ExpectMessage(0,
+                  "No Internet research information specified. Cannot perform Internet research.",
+                  qvnrt::MB_YESNO | qvnrt::MB_ICONINFORMATION);
 
     host.messageAnswers = {qvnrt::IDYES};
     research.GotoInetSearchPage("Unknown", 1, nullptr);
-    ASSERT_EQ(2u, host.messages.size());
-    EXPECT_EQ(
-        "No URL information available for Unknown. Would you like to edit the Internet "
-        "research page at this time?",
-        host.messages[1].text);
-    EXPECT_EQ(qvnrt::MB_YESNO | qvnrt::MB_ICONQUESTION, host.messages[1].style);
+    ExpectMessage(1,
+                  "No URL information available for Unknown. Would you like to edit the "
+                  "Internet research page at this time?",
+                  qvnrt::MB_YESNO | qvnrt::MB_ICONQUESTION);
     EXPECT_EQ(2u, host.panels.size());  // the editor, on Yes
 }
 
 TEST_F(InetResearchTest, HomePageWithoutAnEntryIsReportedOrAskedFor) {
     CInetResearch research("ibm", nullptr);
     research.GotoHomePage(0, nullptr);
-    ASSERT_EQ(1u, host.messages.size());
-    EXPECT_EQ("No home page specified for IBM", host.messages[0].text);
-    EXPECT_EQ(kCaption, host.messages[0].caption);
-    EXPECT_EQ(qvnrt::MB_OK | qvnrt::MB_ICONINFORMATION, host.messages[0].style);
+    ExpectMessage(0, "No home page specified for IBM", qvnrt::MB_OK | qvnrt::MB_ICONINFORMATION,
+                  kCaption);
     EXPECT_TRUE(host.panels.empty());
 
     // Asked, declined: the same report follows.
     host.messages.clear();
     research.GotoHomePage(1, nullptr);
-    ASSERT_EQ(2u, host.messages.size());
-    EXPECT_EQ(
-        "There is no home page specified for this symbol. Would you like to enter one now?",
-        host.messages[0].text);
-    EXPECT_EQ(kCaption, host.messages[0].caption);
-    EXPECT_EQ(qvnrt::MB_YESNO | qvnrt::MB_ICONQUESTION, host.messages[0].style);
-    EXPECT_EQ("No home page specified for IBM", host.messages[1].text);
+    ExpectMessage(0,
+                  "There is no home page specified for this symbol. Would you like to enter one "
+                  "now?",
+                  qvnrt::MB_YESNO | qvnrt::MB_ICONQUESTION, kCaption);
+    ExpectMessage(1, "No home page specified for IBM", qvnrt::MB_OK | qvnrt::MB_ICONINFORMATION);
 
     // Accepted, editor cancelled: nothing more is said.
     host.messages.clear();

@@ -92,7 +92,9 @@ public:
         int count;
         int flags;
         uint32_t firstDate;
+        bool operator==(const Call&) const = default;
     };
+    using Calls = std::vector<Call>;
     bool IsReadyForRTCallback() override { return ready; }
     bool ReqEODCallback(unsigned long, int count, int flags, RTPRICEREC* records) override {
         calls.push_back({count, flags, records ? records[0].date : 0});
@@ -120,15 +122,12 @@ TEST_F(CacheTimer, BufferedEndOfDayRecordsWaitForAReadySecurity) {
     ASSERT_EQ(1u, qvnrt::securities::State().pendingEod().count(&owner));
 
     owner.ready = true;
+    EodOwner single;
+    qvnrt::securities::State().pendingEod()[&single] = Pending({20}, false, false);
     RTSecCache::CacheTimerProc(nullptr, 0, 0, 2000);
-    // Not final: all but the first, then the first alone with flags 0.
-    ASSERT_EQ(2u, owner.calls.size());
-    EXPECT_EQ(2, owner.calls[0].count);
-    EXPECT_EQ(1, owner.calls[0].flags);
-    EXPECT_EQ(11u, owner.calls[0].firstDate);
-    EXPECT_EQ(1, owner.calls[1].count);
-    EXPECT_EQ(0, owner.calls[1].flags);
-    EXPECT_EQ(10u, owner.calls[1].firstDate);
+    // Not final: all but the first, then the first alone with flags 0; a lone record only so.
+    EXPECT_EQ((EodOwner::Calls{{2, 1, 11}, {1, 0, 10}}), owner.calls);
+    EXPECT_EQ((EodOwner::Calls{{1, 0, 20}}), single.calls);
     EXPECT_EQ(0u, qvnrt::securities::State().pendingEod().count(&owner));
 }
 
@@ -138,14 +137,8 @@ TEST_F(CacheTimer, EndedHistoryIsDeliveredWholeWithItsEndMark) {
     qvnrt::securities::State().pendingEod()[&owner] = Pending({10, 11}, true, true);
     qvnrt::securities::State().pendingEod()[&empty] = Pending({}, true, true);
     RTSecCache::CacheTimerProc(nullptr, 0, 0, 1000);
-    ASSERT_EQ(2u, owner.calls.size());
-    EXPECT_EQ(2, owner.calls[0].count);
-    EXPECT_EQ(10u, owner.calls[0].firstDate);
-    EXPECT_EQ(0, owner.calls[1].count);
-    EXPECT_EQ(-1, owner.calls[1].flags);
-    ASSERT_EQ(1u, empty.calls.size());
-    EXPECT_EQ(0, empty.calls[0].count);
-    EXPECT_EQ(-1, empty.calls[0].flags);
+    EXPECT_EQ((EodOwner::Calls{{2, 1, 10}, {0, -1, 0}}), owner.calls);
+    EXPECT_EQ((EodOwner::Calls{{0, -1, 0}}), empty.calls);
 }
 
 TEST_F(CacheTimer, ClosingTheRequestDropsWhatWasBuffered) {

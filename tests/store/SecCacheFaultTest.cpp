@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -15,6 +14,7 @@
 #include "store/SecCache.h"
 #include "store/SecCacheEntry.h"
 #include "store/StoreState.h"
+#include "store/StoreTestSupport.h"
 #include "support/TempDir.h"
 
 namespace RTSecCache {
@@ -91,9 +91,9 @@ protected:
         written = ReadBytes(dir.file("Sec1.dat"));
         Write(dir.file("Sec2.dat"), files.sec2Header, files.sec2);
         RTServer::InitCache(true, dir.path().c_str(), 5, 0);
-        auto* saved = std::clog.rdbuf(log.rdbuf());
+        const qvnrt::test::ClogCapture capture;
         ASSERT_TRUE(Store().secCache().ensureOpen());
-        std::clog.rdbuf(saved);
+        log = capture.text();
     }
     void ExpectField41(const char* symbol, const char* expected) {
         SecCacheEntry* entry = Store().secCache().acquire(symbol);
@@ -115,7 +115,7 @@ protected:
     }
 
     qvnrt::test::TempDir dir;
-    std::ostringstream log;
+    std::string log;  // what the cache said while it opened
     std::string written;  // Sec1.dat as written, before the cache opened it
 };
 
@@ -127,7 +127,7 @@ TEST_P(SecCacheFaults, LossIsBoundedReportedAndNeverAnotherSymbols) {
     OpenOn(files);
     ExpectField41("AAA", GetParam().aaa);
     ExpectField41("BBB", GetParam().bbb);
-    EXPECT_EQ(GetParam().reported, !log.str().empty()) << log.str();
+    EXPECT_EQ(GetParam().reported, !log.empty()) << log;
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -164,11 +164,11 @@ TEST_P(Sec1HeaderFaults, ARestartKeepsTheOldFileAndSaysSo) {
     OpenOn(files);
     const std::string aside = dir.file("Sec1.dat.damaged");
     if (GetParam().restarts) {
-        EXPECT_NE(std::string::npos, log.str().find(aside)) << log.str();
+        EXPECT_NE(std::string::npos, log.find(aside)) << log;
         EXPECT_EQ(written, ReadBytes(aside));
         EXPECT_EQ(0u, Store().secCache().map().size());
     } else {
-        EXPECT_EQ("", log.str());
+        EXPECT_EQ("", log);
         EXPECT_FALSE(std::filesystem::exists(aside));
         ExpectField41("AAA", "of AAA");
         ExpectField41("BBB", "of BBB");

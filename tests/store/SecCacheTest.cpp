@@ -7,7 +7,6 @@
 #include <cstring>
 #include <fstream>
 #include <memory>
-#include <sstream>
 #include <string>
 #include <vector>
 
@@ -17,11 +16,13 @@
 
 #include "store/SecCache.h"
 #include "store/SecCacheEntry.h"
+#include "store/StoreTestSupport.h"
 #include "support/FakeSession.h"
 #include "support/RecordingSecurity.h"
 
 namespace {
 
+using qvnrt::test::ClogCapture;
 using qvnrt::test::RecordingSecurity;
 
 enum class Kind { Text, Byte, U16, S16, I32, Float };
@@ -65,6 +66,8 @@ int32_t IntValue(const Place& p) {
 float FloatValue(int field) { return static_cast<float>(field) + 0.25f; }
 std::string TextValue(int field) { return "T" + std::to_string(field); }
 
+const RTSecurityType kStock = static_cast<RTSecurityType>(1);
+
 std::string ReadFile(const std::string& path) {
     std::ifstream in(path, std::ios::binary);
     return std::string(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
@@ -102,6 +105,22 @@ protected:
         return -1;
     }
 
+    // Opens `symbol` and has the driver send its name (field 2) in one batch.
+    void OpenWithName(RTSecurity& security, const char* symbol, const char* name) {
+        security.OpenSecurity(symbol, kStock, 1, 0);
+        session.fake.fireSecurityText(security.m_request, 2, name);
+        session.fake.fireSecurityEnd(security.m_request);
+    }
+
+    // Reads `symbol`'s name offline after the session is gone; returns what clog was told.
+    std::string ReadNameOffline(RecordingSecurity& reader, const char* symbol) {
+        ClogCapture log;
+        RTServer::Disconnect();
+        char fields[] = {2, 0};
+        reader.ReqSecurity(symbol, fields, kStock, 1, 0);
+        return log.text();
+    }
+
     std::string CacheFile(const char* name) { return session.cacheDir.file(name); }
 
     qvnrt::test::FakeSession session;
@@ -111,7 +130,7 @@ TEST_F(SecCacheTest, EveryFieldIsStoredAtItsPlaceAndReadBack) {
     RecordingSecurity security;
     std::string allFields;
     for (const Place& p : kPlaces) allFields += static_cast<char>(p.field);
-    security.ReqSecurity("IBM", allFields.data(), static_cast<RTSecurityType>(1), 1, 0);
+    security.ReqSecurity("IBM", allFields.data(), kStock, 1, 0);
     const unsigned long handle = security.m_request;
     for (const Place& p : kPlaces) Send(handle, p);
     session.fake.fireSecurityEnd(handle);
@@ -181,45 +200,44 @@ TEST_F(SecCacheTest, EveryFieldIsStoredAtItsPlaceAndReadBack) {
     EXPECT_FALSE(presence & 1u);  // not closed
 }
 
+// Only field 4 (a float) was received. Fields outside the presence bits leave the error alone.
 TEST_F(SecCacheTest, ReadErrors) {
     RTSecurity security;
-    security.OpenSecurity("IBM", static_cast<RTSecurityType>(1), 1, 0);
+    security.OpenSecurity("IBM", kStock, 1, 0);
     session.fake.fireSecurityDouble(security.m_request, 4, 12.5);
     session.fake.fireSecurityEnd(security.m_request);
-    long error = 99;
-    EXPECT_EQ(0, security.GetSecInt(9, &error));  // never received
-    EXPECT_EQ(-4, error);
-    error = 99;
-    EXPECT_EQ(0, security.GetSecInt(4, &error));  // present, but not an integer field
-    EXPECT_EQ(-4, error);
-    error = 99;
-    EXPECT_EQ(nullptr, security.GetSecString(4, &error));
-    EXPECT_EQ(-4, error);
-    error = 99;
-    EXPECT_EQ(0, security.GetSecInt(60, &error));  // outside the presence bits
-    EXPECT_EQ(99, error);                          // the error word is left alone
-    EXPECT_EQ(0.0f, security.GetSecFloat(200, &error));
-    EXPECT_EQ(99, error);
-    EXPECT_EQ(0, security.GetSecInt(22, &error));  // a field without storage
-    EXPECT_EQ(-4, error);
+    const struct {
+        int field;
+        char read;  // 'i' GetSecInt, 'f' GetSecFloat, 's' GetSecString
+        long error;
+    } kCases[] = {{9, 'i', -4}, {4, 'i', -4}, {4, 's', -4}, {22, 'i', -4}, {60, 'i', 99},
+                  {200, 'f', 99}};
+    for (const auto& c : kCases) {
+        SCOPED_TRACE(std::to_string(c.field) + c.read);
+        long error = 99;
+        if (c.read == 's') {
+            EXPECT_EQ(nullptr, security.GetSecString(c.field, &error));
+        } else if (c.read == 'f') {
+            EXPECT_EQ(0.0f, security.GetSecFloat(c.field, &error));
+        } else {
+            EXPECT_EQ(0, security.GetSecInt(c.field, &error));
+        }
+        EXPECT_EQ(c.error, error);
+    }
 }
 
 TEST_F(SecCacheTest, RejectionHidesEverythingUntilTheNextBatch) {
     RTSecurity security;
-    security.OpenSecurity("IBM", static_cast<RTSecurityType>(1), 1, 0);
-    const unsigned long handle = security.m_request;
-    session.fake.fireSecurityText(handle, 2, "name");
-    session.fake.fireSecurityFloat(handle, 5, 1.5f);
-    session.fake.fireSecurityEnd(handle);
+    OpenWithName(security, "IBM", "name");
     ASSERT_TRUE(security.IsOpen());
 
-    session.fake.fireSecurity(handle, -1, 0, 0, nullptr);  // rejected
+    session.fake.fireSecurity(security.m_request, -1, 0, 0, nullptr);  // rejected
     EXPECT_FALSE(security.IsOpen());
     long error = 0;
     EXPECT_EQ(nullptr, security.GetSecString(2, &error));
     EXPECT_EQ(-4, error);
 
-    security.OpenSecurity("IBM", static_cast<RTSecurityType>(1), 1, 0);
+    security.OpenSecurity("IBM", kStock, 1, 0);
     session.fake.fireSecurityFloat(security.m_request, 5, 2.5f);
     session.fake.fireSecurityEnd(security.m_request);
     EXPECT_TRUE(security.IsOpen());
@@ -243,8 +261,8 @@ TEST_F(SecCacheTest, LongSymbolsAreCutTo19Characters) {
 TEST_F(SecCacheTest, TwoSecuritiesShareOneEntry) {
     auto first = std::make_unique<RTSecurity>();
     RTSecurity second;
-    first->OpenSecurity("IBM", static_cast<RTSecurityType>(1), 1, 0);
-    second.OpenSecurity("IBM", static_cast<RTSecurityType>(1), 1, 0);
+    first->OpenSecurity("IBM", kStock, 1, 0);
+    second.OpenSecurity("IBM", kStock, 1, 0);
     ASSERT_EQ(first->m_pCacheEntry, second.m_pCacheEntry);
     EXPECT_EQ(2, second.m_pCacheEntry->m_refCount);
     session.fake.fireSecurityText(first->m_request, 2, "shared");
@@ -257,7 +275,7 @@ TEST_F(SecCacheTest, TwoSecuritiesShareOneEntry) {
 TEST_F(SecCacheTest, OfflineOpenReplaysTheRecord) {
     {
         RTSecurity writer;
-        writer.OpenSecurity("IBM", static_cast<RTSecurityType>(1), 1, 0);
+        writer.OpenSecurity("IBM", kStock, 1, 0);
         session.fake.fireSecurityInt(writer.m_request, 8, 3);
         session.fake.fireSecurityText(writer.m_request, 2, "Machines");
         session.fake.fireSecurityFloat(writer.m_request, 5, 99.5f);
@@ -268,7 +286,7 @@ TEST_F(SecCacheTest, OfflineOpenReplaysTheRecord) {
 
     RecordingSecurity reader;
     char fields[] = {8, 2, 5, 4, 9, 0};  // 9 was never received: skipped
-    reader.ReqSecurity("IBM", fields, static_cast<RTSecurityType>(1), 1, 0);
+    reader.ReqSecurity("IBM", fields, kStock, 1, 0);
     EXPECT_EQ(-1, reader.GetLastError());
     ASSERT_EQ(4u, reader.fields.size());
     EXPECT_EQ(8, reader.fields[0].field);
@@ -285,7 +303,7 @@ TEST_F(SecCacheTest, OfflineOpenReplaysTheRecord) {
     // An empty field string still ends with OnSecChanged.
     RecordingSecurity empty;
     empty.SetDefaultFields("");
-    empty.ReqSecurity("IBM", nullptr, static_cast<RTSecurityType>(1), 1, 0);
+    empty.ReqSecurity("IBM", nullptr, kStock, 1, 0);
     EXPECT_TRUE(empty.fields.empty());
     EXPECT_EQ(1, empty.changed);
     EXPECT_EQ(1, session.fake.count("clientReqSecurities"));  // the writer's only
@@ -294,12 +312,12 @@ TEST_F(SecCacheTest, OfflineOpenReplaysTheRecord) {
 TEST_F(SecCacheTest, OfflineOpenOfAClosedRecordCallsOnSecClosed) {
     {
         RTSecurity writer;
-        writer.OpenSecurity("BAD", static_cast<RTSecurityType>(1), 1, 0);
+        writer.OpenSecurity("BAD", kStock, 1, 0);
         session.fake.fireSecurity(writer.m_request, -2, 0, 0, nullptr);
     }
     RTServer::Disconnect();
     RecordingSecurity reader;
-    reader.OpenSecurity("BAD", static_cast<RTSecurityType>(1), 1, 0);
+    reader.OpenSecurity("BAD", kStock, 1, 0);
     EXPECT_EQ(1, reader.closed);
     EXPECT_EQ(0, reader.changed);
 }
@@ -310,9 +328,7 @@ TEST_F(SecCacheTest, RecordSurvivesTheProcess) {
     ASSERT_GE(child, 0);
     if (child == 0) {
         RTSecurity writer;
-        writer.OpenSecurity("KEPT", static_cast<RTSecurityType>(1), 1, 0);
-        session.fake.fireSecurityText(writer.m_request, 2, "from the child");
-        session.fake.fireSecurityEnd(writer.m_request);
+        OpenWithName(writer, "KEPT", "from the child");
         writer.CloseSecurity();
         std::exit(0);  // runs the unload: the files are flushed and their lock released
     }
@@ -320,15 +336,9 @@ TEST_F(SecCacheTest, RecordSurvivesTheProcess) {
     ASSERT_EQ(child, ::waitpid(child, &status, 0));
     ASSERT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
 
-    std::ostringstream log;
-    auto* saved = std::clog.rdbuf(log.rdbuf());
-    RTServer::Disconnect();
     RecordingSecurity reader;
-    char fields[] = {2, 0};
-    reader.ReqSecurity("KEPT", fields, static_cast<RTSecurityType>(1), 1, 0);
-    std::clog.rdbuf(saved);
+    EXPECT_EQ("", ReadNameOffline(reader, "KEPT"));  // closed cleanly: no lock count to report
     EXPECT_STREQ("from the child", reader.m_strName);
-    EXPECT_EQ("", log.str());  // closed cleanly: no lock count to report
 }
 
 TEST_F(SecCacheTest, GrowthKeepsEveryOpenRecordValid) {
@@ -347,14 +357,12 @@ TEST_F(SecCacheTest, GrowthKeepsEveryOpenRecordValid) {
 TEST_F(SecCacheTest, CacheThatCannotBeMappedTurnsItselfOff) {
     session.cacheDir.write("file", "not a directory");
     RTServer::InitCache(true, session.cacheDir.file("file/cache").c_str(), 5, 0);
-    std::ostringstream log;
-    auto* saved = std::clog.rdbuf(log.rdbuf());
+    ClogCapture log;
     RTSec_Base first, second;
     EXPECT_FALSE(first.OpenRTSec("IBM"));
     EXPECT_FALSE(second.OpenRTSec("MSFT"));
-    std::clog.rdbuf(saved);
+    const std::string text = log.text();
     EXPECT_FALSE(RTServer::IsCacheEnabled());
-    const std::string text = log.str();
     const std::string notice = "disabled for this session";
     ASSERT_NE(std::string::npos, text.find(notice));
     EXPECT_EQ(text.find(notice), text.rfind(notice));  // said once
@@ -363,13 +371,9 @@ TEST_F(SecCacheTest, CacheThatCannotBeMappedTurnsItselfOff) {
     EXPECT_EQ(-2, error);
 }
 
-}  // namespace
-
-namespace {
-
 TEST_F(SecCacheTest, AnEmptySymbolGetsNoRecord) {
     RTSecurity security;
-    security.ReqSecurity(nullptr, nullptr, static_cast<RTSecurityType>(1), 1, 0);
+    security.ReqSecurity(nullptr, nullptr, kStock, 1, 0);
     EXPECT_EQ(nullptr, security.m_pCacheEntry);
     RTSec_Base other;
     EXPECT_FALSE(other.OpenRTSec(""));
@@ -378,9 +382,7 @@ TEST_F(SecCacheTest, AnEmptySymbolGetsNoRecord) {
 
 TEST_F(SecCacheTest, NameNeedsAnOpenRecordAndMayFillTheBuffer) {
     RTSecurity security;
-    security.OpenSecurity("IBM", static_cast<RTSecurityType>(1), 1, 0);
-    session.fake.fireSecurityText(security.m_request, 2, "ABCDEFGH");
-    session.fake.fireSecurityEnd(security.m_request);
+    OpenWithName(security, "IBM", "ABCDEFGH");
     char buffer[8];
     std::memset(buffer, 'z', sizeof(buffer));
     long error = 99;
@@ -398,10 +400,6 @@ TEST_F(SecCacheTest, NameNeedsAnOpenRecordAndMayFillTheBuffer) {
     EXPECT_EQ(4, security.GetSecCurrDesc(buffer, 4, &error));  // still the object's name
     EXPECT_EQ(0, error);
 }
-
-}  // namespace
-
-namespace {
 
 // The start-up scan over a file written by hand: slots in use and free ones interleaved,
 // stale links in the free ones, and a key that runs to the end of its field.
@@ -434,11 +432,12 @@ TEST_F(SecCacheTest, StartUpRebuildsTheFreeListInIndexOrderAndEndsEveryKey) {
     for (const char* symbol : {"AAA", "BBBBBBBBBBBBBBBBBBB", "CCC"}) {
         EXPECT_TRUE(cache.map().find(symbol)) << symbol;
     }
+    // Taking a slot takes the head and counts it: a count left behind would hand the last
+    // slot's stale link out as a free slot.
+    ASSERT_NE(nullptr, cache.allocate());
+    EXPECT_EQ(2, cache.header()->freeCount);
+    EXPECT_EQ(3, cache.header()->freeHead);
 }
-
-}  // namespace
-
-namespace {
 
 // A second process on the directory of a running one: it says so and runs without a cache,
 // and the first one's records are as it left them.
@@ -450,9 +449,7 @@ TEST_F(SecCacheTest, ASecondProcessOnTheDirectoryRunsWithItsCacheOff) {
     ASSERT_GE(child, 0);
     if (child == 0) {
         RTSecurity holder;
-        holder.OpenSecurity("HELD", static_cast<RTSecurityType>(1), 1, 0);
-        session.fake.fireSecurityText(holder.m_request, 2, "the holder's");
-        session.fake.fireSecurityEnd(holder.m_request);
+        OpenWithName(holder, "HELD", "the holder's");
         char go = 0;
         const bool synced = ::write(toParent[1], "r", 1) == 1 && ::read(toChild[0], &go, 1) == 1;
         const char* name = holder.GetSecString(2, nullptr);
@@ -460,25 +457,19 @@ TEST_F(SecCacheTest, ASecondProcessOnTheDirectoryRunsWithItsCacheOff) {
     }
     char ready = 0;
     ASSERT_EQ(1, ::read(toParent[0], &ready, 1));
-    std::ostringstream log;
-    auto* saved = std::clog.rdbuf(log.rdbuf());
+    ClogCapture log;
     RTSec_Base second;
     const bool opened = second.OpenRTSec("OTHER");
-    std::clog.rdbuf(saved);
     ASSERT_EQ(1, ::write(toChild[1], "g", 1));
     int status = 0;
     ASSERT_EQ(child, ::waitpid(child, &status, 0));
 
     EXPECT_FALSE(opened);
     EXPECT_FALSE(RTServer::IsCacheEnabled());
-    EXPECT_NE(std::string::npos, log.str().find("in use by another process"));
+    EXPECT_NE(std::string::npos, log.text().find("in use by another process"));
     EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
     EXPECT_EQ(-1, SlotOf(ReadFile(CacheFile("Sec1.dat")), "OTHER"));
 }
-
-}  // namespace
-
-namespace {
 
 // The holder killed outright: the next process takes the directory at once, reports the
 // unclean file, and finds what the holder had stored.
@@ -489,9 +480,7 @@ TEST_F(SecCacheTest, AKilledHoldersDirectoryIsTakenWithItsData) {
     ASSERT_GE(child, 0);
     if (child == 0) {
         RTSecurity holder;
-        holder.OpenSecurity("KILLED", static_cast<RTSecurityType>(1), 1, 0);
-        session.fake.fireSecurityText(holder.m_request, 2, "stored before the kill");
-        session.fake.fireSecurityEnd(holder.m_request);
+        OpenWithName(holder, "KILLED", "stored before the kill");
         if (::write(ready[1], "r", 1) != 1) std::_Exit(3);
         for (;;) ::pause();
     }
@@ -501,16 +490,10 @@ TEST_F(SecCacheTest, AKilledHoldersDirectoryIsTakenWithItsData) {
     int status = 0;
     ASSERT_EQ(child, ::waitpid(child, &status, 0));
 
-    std::ostringstream log;
-    auto* saved = std::clog.rdbuf(log.rdbuf());
-    RTServer::Disconnect();
     RecordingSecurity reader;
-    char fields[] = {2, 0};
-    reader.ReqSecurity("KILLED", fields, static_cast<RTSecurityType>(1), 1, 0);
-    std::clog.rdbuf(saved);
+    EXPECT_NE(std::string::npos, ReadNameOffline(reader, "KILLED").find("Lock count 1"));
     EXPECT_TRUE(RTServer::IsCacheEnabled());
     EXPECT_STREQ("stored before the kill", reader.m_strName);
-    EXPECT_NE(std::string::npos, log.str().find("Lock count 1"));
 }
 
 }  // namespace
