@@ -107,6 +107,10 @@ std::string DeskWindow::ChartSymbol() const {
     return m_chart->feed() ? m_chart->feed()->symbol() : std::string();
 }
 
+const QuoteFeed* DeskWindow::ChartFeed() const {
+    return m_chart->feed();
+}
+
 void DeskWindow::ShowRow(int row) {
     QuoteFeed& feed = *m_feeds[row];
     if (!feed.hasLast) return;
