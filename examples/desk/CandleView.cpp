@@ -11,6 +11,12 @@ constexpr int kGapSlots = 2;      // pixels of a session gap, in bars
 constexpr int kPriceAxis = 80;    // the price labels at the right
 constexpr int kMargin = 16;
 
+// Bars of one session follow each other by one width (the session's last bar by less); more
+// than that is closed time between sessions.
+bool Apart(const Bar& earlier, const Bar& later, int barSeconds) {
+    return static_cast<int64_t>(later.stamp) - earlier.stamp > barSeconds;
+}
+
 }  // namespace
 
 CandleView::CandleView(QWidget* parent) : QWidget(parent) {
@@ -30,7 +36,7 @@ void CandleView::paintEvent(QPaintEvent*) {
     QPainter painter(this);
     painter.setPen(QColor(200, 200, 200));
     if (!m_feed || m_feed->bars().empty()) {
-        painter.drawText(rect(), Qt::AlignCenter, "waiting for trades...");
+        painter.drawText(rect(), Qt::AlignCenter, "waiting for bars...");
         return;
     }
     const std::vector<Bar>& all = m_feed->bars();
@@ -39,7 +45,7 @@ void CandleView::paintEvent(QPaintEvent*) {
     size_t first = all.size();
     int used = 0;
     while (first > 0) {
-        const bool gap = first < all.size() && all[first].start - all[first - 1].start > m_feed->barSeconds();
+        const bool gap = first < all.size() && Apart(all[first - 1], all[first], m_feed->barSeconds());
         const int need = kSlot + (gap ? kGapSlots * kSlot : 0);
         if (used + need > plotWidth) break;
         used += need;
@@ -66,7 +72,7 @@ void CandleView::paintEvent(QPaintEvent*) {
 
     int x = kMargin + plotWidth - used;
     for (size_t i = first; i < all.size(); ++i) {
-        if (i > first && all[i].start - all[i - 1].start > m_feed->barSeconds()) {
+        if (i > first && Apart(all[i - 1], all[i], m_feed->barSeconds())) {
             painter.setPen(QPen(QColor(90, 90, 90), 1, Qt::DashLine));
             painter.drawLine(x + kGapSlots * kSlot / 2, top, x + kGapSlots * kSlot / 2, bottom);
             x += kGapSlots * kSlot;

@@ -1,6 +1,6 @@
-// A candlestick chart of one security's bars, newest at the right. Where the time between
-// two bars is more than one width (the market was closed) the chart leaves a gap and marks
-// it with a dashed line, rather than drawing flat bars for the closed time.
+// A candlestick chart of one security's session-aligned bars, newest at the right. Where two
+// bars are more than one width apart (the market was closed) the chart leaves a gap and
+// marks it with a dashed line, rather than drawing flat bars for the closed time.
 #pragma once
 
 #include <QWidget>

@@ -107,8 +107,14 @@ std::string DeskWindow::ChartSymbol() const {
     return m_chart->feed() ? m_chart->feed()->symbol() : std::string();
 }
 
+const QuoteFeed* DeskWindow::ChartFeed() const {
+    return m_chart->feed();
+}
+
 void DeskWindow::ShowRow(int row) {
     QuoteFeed& feed = *m_feeds[row];
+    // Bars can come before the first trade of the day.
+    if (m_chart->feed() == &feed) m_chart->Refresh();
     if (!feed.hasLast) return;
     const auto set = [&](int column, const QString& text) { m_table->item(row, column)->setText(text); };
     set(kLast, Text(feed.Price(feed.last)));
@@ -119,7 +125,6 @@ void DeskWindow::ShowRow(int row) {
     set(kAsk, feed.ask != 0 ? Text(feed.Price(feed.ask)) : "-");
     set(kArrow, feed.tick > 0 ? QString::fromUtf8("\u25B2") : feed.tick < 0 ? QString::fromUtf8("\u25BC") : "");
     m_table->item(row, kArrow)->setForeground(feed.tick < 0 ? QColor(214, 69, 65) : QColor(38, 166, 91));
-    if (m_chart->feed() == &feed) m_chart->Refresh();
 }
 
 void DeskWindow::SelectRow(int row) {

@@ -29,6 +29,8 @@ public:
     // The bars of the symbol the chart shows.
     size_t ChartBars() const;
     std::string ChartSymbol() const;
+    // The security the chart shows (null: none).
+    const QuoteFeed* ChartFeed() const;
 
 private:
     void ShowRow(int row);

@@ -1,5 +1,7 @@
 #include "QuoteFeed.h"
 
+#include <algorithm>
+
 namespace {
 
 // The driver sends numbers in the type it names; the desk reads every price as a double.
@@ -20,8 +22,10 @@ bool Number(int dataType, const void* data, double& out) {
     }
 }
 
-// Bars are kept for the chart's width only; a day of one-minute bars is plenty.
+// The chart never shows more; the oldest go first.
 constexpr size_t kMaxBars = 2000;
+// Every day of the week and every session: the chart shows what traded.
+constexpr short kEveryDay = 0xC6;
 
 }  // namespace
 
@@ -46,9 +50,6 @@ int QuoteFeed::ReqSecCallback(unsigned long request, int status, int field, int 
         case RTFIELD_ASK:
             if (Number(dataType, data, value)) ask = value;
             break;
-        case RTFIELD_QUOTE_TIME:
-            if (Number(dataType, data, value)) quoteTime = static_cast<uint32_t>(value);
-            break;
         case RTFIELD_TICK:
             // Its sign is the direction; the low 16 bits carry it.
             if (data) tick = static_cast<int16_t>(*static_cast<const int32_t*>(data)) < 0 ? -1 : 1;
@@ -56,7 +57,7 @@ int QuoteFeed::ReqSecCallback(unsigned long request, int status, int field, int 
         default:
             break;
     }
-    return RTSecurity::ReqSecCallback(request, status, field, dataType, data);
+    return RTSessSecurity::ReqSecCallback(request, status, field, dataType, data);
 }
 
 void QuoteFeed::OnSecChanged() {
@@ -66,7 +67,6 @@ void QuoteFeed::OnSecChanged() {
         if (hasLast && price != last) tick = price > last ? 1 : -1;
         last = price;
         hasLast = true;
-        AddTrade(price);
     }
     error = 0;
     const float close = GetSecPrevClose(&error);
@@ -74,18 +74,55 @@ void QuoteFeed::OnSecChanged() {
     if (changed) changed(*this);
 }
 
-void QuoteFeed::AddTrade(double price) {
-    if (quoteTime <= EPOCH_1970 || m_barSeconds <= 0) return;
-    const int64_t when = static_cast<int64_t>(quoteTime) - EPOCH_1970;
-    const int64_t start = when - when % m_barSeconds;
-    if (!m_bars.empty() && start < m_bars.back().start) return;  // late: its bar is closed
-    if (m_bars.empty() || start > m_bars.back().start) {
-        if (m_bars.size() == kMaxBars) m_bars.erase(m_bars.begin());
-        m_bars.push_back(Bar{start, price, price, price, price});
-        return;
+// Bars are cut at the sessions' edges, so they are asked for once the rules are here.
+void QuoteFeed::OnSessChanged() {
+    if (!m_pSessionRec) return;
+    m_rules = *m_pSessionRec;
+    auto* session = new CSessionInfo(m_pSessionRec);
+    auto* holidays = new CHolidaysInfo(m_pHolidayRec);
+    setSessHolInfo(session, holidays, 0);
+    session->Free();  // the security holds its own references
+    holidays->Free();
+    if (!m_barsAsked) m_barsAsked = RequestBars();
+}
+
+bool QuoteFeed::RequestBars() {
+    bool allSessions[4] = {true, true, true, true};
+    // A negative weight counts minutes per bar; start 0 takes all the history there is,
+    // end 0 with live 1 keeps the open bar growing.
+    return RequestTick(0, 0, static_cast<short>(-m_barSeconds / 60), 1, 2, 0, 0, 0, 0,
+                       kEveryDay, allSessions, 0, 0, 0, 0, 0);
+}
+
+bool QuoteFeed::ReqTickCallback(unsigned long, int count, int, int isNew, int type,
+                                void* data) {
+    if (count == 0 && !data) {
+        if (!isNew) m_historyDone = true;
+    } else if (type == RTREC_INTRADAY_PRICEREC && data && count > 0) {
+        const auto* records = static_cast<const RTINTRADAY_PRICEREC*>(data);
+        for (int i = 0; i < count; ++i) {
+            const bool added = Store(records[i]);
+            if (added) ++(isNew ? m_liveBars : m_historyBars);
+        }
     }
-    Bar& open = m_bars.back();
-    open.high = std::max(open.high, price);
-    open.low = std::min(open.low, price);
-    open.close = price;
+    if (changed) changed(*this);
+    return true;
+}
+
+bool QuoteFeed::Store(const RTINTRADAY_PRICEREC& record) {
+    const Bar bar{record.time, record.open, record.high, record.low, record.close};
+    auto place = std::lower_bound(m_bars.begin(), m_bars.end(), bar.stamp,
+                                  [](const Bar& held, uint32_t stamp) { return held.stamp < stamp; });
+    if (place != m_bars.end() && place->stamp == bar.stamp) {
+        *place = bar;
+        return false;
+    }
+    size_t index = static_cast<size_t>(place - m_bars.begin());
+    if (m_bars.size() == kMaxBars) {
+        if (index == 0) return false;  // older than everything kept
+        m_bars.erase(m_bars.begin());
+        --index;
+    }
+    m_bars.insert(m_bars.begin() + static_cast<std::ptrdiff_t>(index), bar);
+    return true;
 }

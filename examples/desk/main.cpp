@@ -5,6 +5,7 @@
 //   desk --exit-after-bars N [--timeout SECONDS] ...   ends once the chart has N bars
 //                                                       (status 0), or at the timeout (1)
 //   desk --grab FILE ...                                saves the window as a picture at the end
+//   desk --list-bars ...                                prints the chart's bars at the end
 #include <QApplication>
 #include <QCommandLineParser>
 #include <QElapsedTimer>
@@ -18,6 +19,32 @@
 
 #include "DeskWindow.h"
 
+namespace {
+
+// The chart's bars as their seconds into the day in the security's zone, with the session
+// rules that cut them, so that a script can check their alignment without knowing the market.
+void ListBars(const QuoteFeed& feed) {
+    std::printf("history %zu live %zu width %d\n", feed.historyBars(), feed.liveBars(),
+                feed.barSeconds());
+    const SESSION_INFO& rules = feed.sessionRules();
+    // Session times are hour and minute in one word: 0x091E is 9:30.
+    const auto seconds = [](int16_t time) { return (time >> 8) * 3600 + (time & 0xFF) * 60; };
+    for (int session = 0; session < 4; ++session) {
+        if (rules.size != 0 && rules.bSession[session]) {
+            std::printf("session %d %d\n", seconds(rules.sStartTime[session]),
+                        seconds(rules.sEndTime[session]));
+        }
+    }
+    for (const Bar& bar : feed.bars()) {
+        const Date stamp(bar.stamp);
+        const uint8_t zone = rules.chTimeZone;
+        std::printf("bar %u\n", stamp.getHour(zone) * 3600 + stamp.getMinute(zone) * 60 +
+                                     stamp.getSecond(zone));
+    }
+}
+
+}  // namespace
+
 int main(int argc, char** argv) {
     QApplication app(argc, argv);
     QCommandLineParser parser;
@@ -29,7 +56,8 @@ int main(int argc, char** argv) {
     const QCommandLineOption exitOption("exit-after-bars", "End once the chart has N bars", "n");
     const QCommandLineOption timeoutOption("timeout", "With --exit-after-bars: give up after", "seconds", "30");
     const QCommandLineOption grabOption("grab", "Save the window as a picture on leaving", "file");
-    parser.addOptions({driverOption, widthOption, exitOption, timeoutOption, grabOption});
+    const QCommandLineOption listOption("list-bars", "Print the chart's bars on leaving");
+    parser.addOptions({driverOption, widthOption, exitOption, timeoutOption, grabOption, listOption});
     parser.process(app);
 
     bool ok = false;
@@ -79,7 +107,9 @@ int main(int argc, char** argv) {
             elapsed.start();
             // By value: this block ends before the loop runs.
             QObject::connect(&watch, &QTimer::timeout, [&app, &window, wanted, timeoutMs, elapsed] {
-                if (window.ChartBars() >= wanted) {
+                // History first: the count then says what the driver and cache delivered.
+                const QuoteFeed* feed = window.ChartFeed();
+                if (feed && feed->historyDone() && window.ChartBars() >= wanted) {
                     std::printf("bars %s %zu\n", window.ChartSymbol().c_str(), window.ChartBars());
                     app.exit(0);
                 } else if (elapsed.elapsed() > timeoutMs) {
@@ -93,6 +123,7 @@ int main(int argc, char** argv) {
         if (parser.isSet(grabOption) && !window.grab().save(parser.value(grabOption))) {
             std::fprintf(stderr, "desk: could not save %s\n", qPrintable(parser.value(grabOption)));
         }
+        if (parser.isSet(listOption) && window.ChartFeed()) ListBars(*window.ChartFeed());
     }
     window.Stop();
     RTServer::CloseServer();
