@@ -20,7 +20,14 @@ int OpenConfigFile(const std::string& path, int flags, mode_t mode, size_t limit
     // O_NONBLOCK keeps a FIFO with no writer (or, for writing, no reader) from blocking the
     // open; it is cleared again before the descriptor is handed out.
     const int fd = ::open(path.c_str(), flags | O_CLOEXEC | O_NONBLOCK | O_NOCTTY, mode);
-    if (fd < 0) return -1;
+    if (fd < 0) {
+        // ENXIO is what a FIFO without a reader gives a non-blocking open for writing.
+        if (errno == ENXIO) {
+            Report(path, "not a regular file");
+            errno = EINVAL;
+        }
+        return -1;
+    }
     struct stat status;
     int error = 0;
     if (::fstat(fd, &status) != 0) {
