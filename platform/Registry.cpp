@@ -2,6 +2,8 @@
 
 #include <cerrno>
 #include <cstdio>
+#include <cstring>
+#include <iostream>
 #include <fcntl.h>
 #include <memory>
 #include <unordered_map>
@@ -428,6 +430,10 @@ bool WriteAll(int fd, const std::string& bytes) {
     return true;
 }
 
+void ReportNotSaved(const std::string& file, const char* reason) {
+    std::clog << "QvnRT: " << file << ": " << reason << "; the setting is not saved" << std::endl;
+}
+
 // Readers never see a half-written store: the new text goes to a temporary file beside it,
 // which then replaces it in one rename(2). A store that its owner made read-only is left
 // as it is: the change fails rather than replace the file.
@@ -435,18 +441,24 @@ bool Save(const std::string& file, const Store& store) {
     struct stat existing;
     const bool exists = ::stat(file.c_str(), &existing) == 0;
     if (exists && ((existing.st_mode & 0222) == 0 || ::access(file.c_str(), W_OK) != 0)) {
+        ReportNotSaved(file, "the file is read-only");
         return false;
     }
     std::string temporary = file + ".XXXXXX";
     const int fd = ::mkostemp(temporary.data(), O_CLOEXEC);
-    if (fd < 0) return false;
+    if (fd < 0) {
+        ReportNotSaved(file, std::strerror(errno));
+        return false;
+    }
     const mode_t mode = exists ? (existing.st_mode & 07777) : 0644;
     // A write beyond RLIMIT_FSIZE or onto a full disk fails here, and the old store stays.
     const bool written = WriteAll(fd, Serialise(store)) && ::fchmod(fd, mode) == 0 &&
                          ::fsync(fd) == 0;
+    const int writeError = errno;
     const bool closed = ::close(fd) == 0;
     TheStoreCache().Forget();
     if (!written || !closed || ::rename(temporary.c_str(), file.c_str()) != 0) {
+        ReportNotSaved(file, std::strerror(written ? errno : writeError));
         ::unlink(temporary.c_str());
         return false;
     }
