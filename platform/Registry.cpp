@@ -288,54 +288,38 @@ Store Parse(std::string_view text) {
     return store;
 }
 
-// The parsed store of the file as it is on disk. The parse is kept while the file keeps
-// its identity (device, inode, size, change times): every write replaces the file by
-// rename(2), so a change by this or another process is a new inode and is parsed once.
+// The parsed store of the file as it is on disk. Every read takes the file's bytes, so that
+// a change by another process is seen; the parse is kept while the bytes stay the same, so
+// a file is parsed once per change however often it is read. (The bytes, not the file's
+// times, decide: a change within one tick of the file system's clock must not be missed.)
 // False only when the file exists and cannot be read: a write must then fail rather than
 // replace a store it could not see. A missing file is an empty store.
 class StoreCache {
 public:
     bool Get(const std::string& file, std::shared_ptr<const Store>& store) {
-        struct stat status;
-        if (file.empty() || ::stat(file.c_str(), &status) != 0) {
+        std::string bytes;
+        if (file.empty() || !ReadConfigFile(file, bytes)) {
             const bool missing = file.empty() || errno == ENOENT;
             store = std::make_shared<const Store>();
             return missing;
         }
-        const Identity identity{status.st_dev, status.st_ino, status.st_size,
-                                status.st_mtim.tv_sec, status.st_mtim.tv_nsec,
-                                status.st_ctim.tv_sec, status.st_ctim.tv_nsec};
-        if (m_store && m_file == file && m_identity == identity) {
-            store = m_store;
-            return true;
+        if (!m_store || m_file != file || m_bytes != bytes) {
+            m_store = std::make_shared<const Store>(Parse(bytes));
+            m_file = file;
+            m_bytes = std::move(bytes);
         }
-        std::string bytes;
-        if (!ReadConfigFile(file, bytes)) {
-            store = std::make_shared<const Store>();
-            return errno == ENOENT;
-        }
-        m_store = std::make_shared<const Store>(Parse(bytes));
-        m_file = file;
-        m_identity = identity;
         store = m_store;
         return true;
     }
 
-    void Forget() { m_store.reset(); }
+    void Forget() {
+        m_store.reset();
+        m_bytes.clear();
+    }
 
 private:
-    struct Identity {
-        dev_t device;
-        ino_t inode;
-        off_t size;
-        time_t modified;
-        long modifiedNs;
-        time_t changed;
-        long changedNs;
-        bool operator==(const Identity&) const = default;
-    };
     std::string m_file;
-    Identity m_identity{};
+    std::string m_bytes;
     std::shared_ptr<const Store> m_store;
 };
 
