@@ -4,13 +4,18 @@
 #include <cstring>
 #include <fcntl.h>
 #include <iostream>
+#include <set>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace qvnrt::platform {
 namespace {
 
+// Said once per file and reason: the registry store is read at every query, and one line
+// is enough to tell the user.
 void Report(const std::string& path, const std::string& reason) {
+    static std::set<std::string> reported;
+    if (!reported.insert(path + '\n' + reason).second) return;
     std::clog << "QvnRT: " << path << ": " << reason << "; not used" << std::endl;
 }
 
