@@ -7,6 +7,8 @@
 #   make coverage   (not part of check) builds with gcov instrumentation, runs every test
 #               and prints line and branch coverage of the library's folders
 # Both are safe to run again.
+#   make fuzz     builds the fuzz targets with clang (tests/fuzz) and runs each for
+#               FUZZ_SECONDS (300); make check runs each for a few seconds when clang is there
 #   make package  builds the Debian package (cpack) in the build directory
 #   make docs     builds the API reference with Doxygen, when it is installed
 
@@ -16,10 +18,15 @@ BUILD ?= build
 SANITIZE_BUILD ?= build-sanitize
 PACKAGE_BUILD ?= build-package
 COVERAGE_BUILD ?= build-coverage
+FUZZ_BUILD ?= build-fuzz
+FUZZ_SECONDS ?= 300
+FUZZ_CHECK_SECONDS ?= 5
+FUZZ_TARGETS := registry ini profile symbol_map price_format
 PACKAGES := build-essential cmake pkg-config libgtest-dev libgmock-dev libbenchmark-dev \
             libcli11-dev libsqlite3-dev tzdata gcovr qt6-base-dev
 
-.PHONY: all deps build build-sanitize check layers test test-sanitize coverage demo bench package docs clean
+.PHONY: all deps build build-sanitize check layers test test-sanitize coverage demo bench package docs clean \
+        build-fuzz fuzz fuzz-check
 
 all: build
 
@@ -58,7 +65,33 @@ test-sanitize: build-sanitize
 layers:
 	tools/check-layers.sh
 
-check: layers test test-sanitize
+check: layers test test-sanitize fuzz-check
+
+# Fuzzing needs clang's libFuzzer; its build is separate, since everything in it is
+# instrumented. New inputs go to $(FUZZ_BUILD)/corpus/<target>; the seeds in the tree stay.
+$(FUZZ_BUILD)/CMakeCache.txt:
+	CC=clang CXX=clang++ cmake -S . -B $(FUZZ_BUILD) -DCMAKE_BUILD_TYPE=RelWithDebInfo \
+	  -DQVNRT_FUZZ=ON -DQVNRT_BUILD_TESTS=OFF -DQVNRT_BUILD_BENCH=OFF
+
+build-fuzz: $(FUZZ_BUILD)/CMakeCache.txt
+	cmake --build $(FUZZ_BUILD) -j $(JOBS) --target $(addprefix fuzz_,$(FUZZ_TARGETS))
+
+# Each target in turn; the first finding stops the run and leaves its input in $(FUZZ_BUILD).
+fuzz: build-fuzz
+	@for t in $(FUZZ_TARGETS); do \
+	  mkdir -p $(FUZZ_BUILD)/corpus/$$t; \
+	  echo "fuzz_$$t: $(FUZZ_SECONDS) s"; \
+	  $(FUZZ_BUILD)/tests/fuzz/fuzz_$$t -max_total_time=$(FUZZ_SECONDS) -print_final_stats=1 \
+	    -artifact_prefix=$(FUZZ_BUILD)/ $(FUZZ_BUILD)/corpus/$$t tests/fuzz/corpus/$$t 2>&1 \
+	    | grep -E '^stat::number_of_executed_units|ERROR|SUMMARY|Test unit written'; \
+	  [ $${PIPESTATUS[0]} -eq 0 ] || exit 1; \
+	done
+
+fuzz-check:
+	@if command -v clang++ >/dev/null; then \
+	  $(MAKE) --no-print-directory build-fuzz FUZZ_SECONDS=$(FUZZ_CHECK_SECONDS) && \
+	  $(MAKE) --no-print-directory fuzz FUZZ_SECONDS=$(FUZZ_CHECK_SECONDS); \
+	else echo "clang is not installed: the fuzz targets are not run"; fi
 
 # Tests, drivers, the program and the benchmarks are users of the library, not what is measured.
 $(COVERAGE_BUILD)/CMakeCache.txt: | deps

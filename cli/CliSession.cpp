@@ -67,7 +67,13 @@ bool CliSession::LoadDriver(const std::string& name) {
         return false;
     }
     // onlyOnce: the library's own message box is shown once; the reason follows here.
-    if (LoadRTServer(1, 0) == 1) return true;
+    // Loading reads the configuration outside the loop; Ctrl-C must still end it.
+    int loaded;
+    {
+        const TerminalSignals::Released interruptible;
+        loaded = LoadRTServer(1, 0);
+    }
+    if (loaded == 1) return true;
     const char* reason = LastDriverLoadError();
     std::fprintf(stderr, "qvnrt-cli: driver %s: %s\n", RTServer::m_DLLName,
                  reason && *reason ? reason : "not loadable");

@@ -2,7 +2,10 @@
 
 #include <algorithm>
 #include <cctype>
+#include <cerrno>
+#include <cstring>
 
+#include "cli/LogLines.h"
 #include "cli/Terminal.h"
 
 namespace qvnrt::cli {
@@ -101,6 +104,7 @@ OutputSink OutputSink::ToStdout(Format format, std::vector<Column> columns) {
 }
 
 bool OutputSink::WriteBatch(const std::vector<Row>& rows) {
+    EndOpenLogLine();
     if (m_format == Format::kTable && !m_headerWritten) {
         std::vector<int> wanted;
         for (const Column& column : m_columns) {
@@ -164,6 +168,18 @@ void OutputSink::Write(const Row& row) {
 
 bool OutputSink::Flush() {
     return std::fflush(m_out) == 0 && !std::ferror(m_out);
+}
+
+bool ReportOutputFailure(FILE* stream, const char* name) {
+    errno = 0;
+    if (std::fflush(stream) == 0 && !std::ferror(stream)) return false;
+    // A reader that went away (EPIPE) is the normal end of `| head`; anything else, such as
+    // EFBIG past `ulimit -f`, is a loss the user must hear of.
+    if (errno != EPIPE) {
+        std::fprintf(stderr, "qvnrt-cli: %s: %s\n", name,
+                     errno != 0 ? std::strerror(errno) : "write failed");
+    }
+    return true;
 }
 
 }  // namespace qvnrt::cli

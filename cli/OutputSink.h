@@ -52,4 +52,8 @@ private:
     bool m_headerWritten = false;
 };
 
+// Flushes `stream` and, when it failed for any reason but a reader that went away, says so
+// on standard error under `name`. True when the stream failed.
+bool ReportOutputFailure(FILE* stream, const char* name);
+
 }  // namespace qvnrt::cli

@@ -51,6 +51,26 @@ bool ColourWanted(FILE* stream, bool noColourOption) {
     return IsTerminal(stream);
 }
 
+void IgnoreFileSizeLimitSignal() {
+    ::signal(SIGXFSZ, SIG_IGN);
+}
+
+TerminalSignals::Released::Released() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    ::sigprocmask(SIG_UNBLOCK, &signals, nullptr);
+}
+
+TerminalSignals::Released::~Released() {
+    sigset_t signals;
+    sigemptyset(&signals);
+    sigaddset(&signals, SIGINT);
+    sigaddset(&signals, SIGTERM);
+    ::sigprocmask(SIG_BLOCK, &signals, nullptr);
+}
+
 TerminalSignals::TerminalSignals() {
     ::signal(SIGPIPE, SIG_IGN);
     const sigset_t signals = HandledSignals();

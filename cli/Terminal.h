@@ -19,6 +19,10 @@ int TerminalWidth(FILE* stream);
 // is set (to anything, as https://no-color.org asks).
 bool ColourWanted(FILE* stream, bool noColourOption);
 
+// SIGXFSZ would end the program without a word when a write passes `ulimit -f`; ignored,
+// the write fails with EFBIG instead, and the failure is reported where it happens.
+void IgnoreFileSizeLimitSignal();
+
 // SIGINT, SIGTERM and SIGWINCH, blocked and read from a descriptor, so that the program's
 // loop handles them between two callbacks instead of inside one. SIGPIPE is ignored: a
 // reader that goes away shows as a failed write, and the run ends cleanly.
@@ -38,6 +42,17 @@ public:
     };
     // Reads every signal that is waiting.
     Received Take();
+
+    // For its lifetime SIGINT and SIGTERM have their default action again: work that runs
+    // outside the loop (loading the driver, which reads the configuration) can then still
+    // be ended by Ctrl-C. One already waiting ends the program at once.
+    class Released {
+    public:
+        Released();
+        ~Released();
+        Released(const Released&) = delete;
+        Released& operator=(const Released&) = delete;
+    };
 
 private:
     int m_fd = -1;

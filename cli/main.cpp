@@ -1,6 +1,8 @@
 // qvnrt-cli: the command-line program a new user runs first. Each command lives in its own
 // file under cli/commands/ and registers itself (see cli/Command.h); this file parses the
 // command line and turns the outcome into the exit status.
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <map>
 #include <string>
@@ -11,6 +13,9 @@
 #include <qvnrt/qvnrt.h>
 
 #include "cli/Command.h"
+#include "cli/LogLines.h"
+#include "cli/OutputSink.h"
+#include "cli/Terminal.h"
 
 namespace {
 
@@ -60,6 +65,8 @@ void AddGlobalOptions(CLI::App& app, GlobalOptions& global, std::string& format)
 }  // namespace
 
 int main(int argc, char** argv) {
+    IgnoreFileSizeLimitSignal();
+    TrackLogLines();
     CLI::App app("QvnRT's command-line program: quotes, exchanges and the cache, from any "
                  "driver (by default the simulation beside the program).",
                  "qvnrt-cli");
@@ -98,5 +105,11 @@ int main(int argc, char** argv) {
         return status == 0 ? kExitOk : kExitUsage;
     }
     global.format = kFormats.at(format);
-    return chosen ? chosen(global) : kExitUsage;
+    const int status = chosen ? chosen(global) : kExitUsage;
+    EndOpenLogLine();
+    // Output that could not be written (a full disk, `ulimit -f`) is no success.
+    if (ReportOutputFailure(stdout, "standard output") && errno != EPIPE) {
+        return std::max(status, static_cast<int>(kExitIncomplete));
+    }
+    return status;
 }

@@ -180,7 +180,11 @@ void CPrivateProfile::Write() {
         CString value;
         for (POSITION position = keys.GetStartPosition(); position;) {
             keys.GetNextAssoc(position, key, value);
-            text.append(key.str()).append(" = ").append(value.str()).append("\n");
+            // A key ending in "//" would join the blank of " = " into the comment marker
+            // and read back as a comment; it alone is written without that blank.
+            const std::string& name = key.str();
+            const bool endsInSlashes = name.size() >= 2 && name.compare(name.size() - 2, 2, "//") == 0;
+            text.append(name).append(endsInSlashes ? "= " : " = ").append(value.str()).append("\n");
         }
     };
     if (const CMapStringToString* defaults = FindSection(kDefaultSection)) appendKeys(*defaults);

@@ -152,8 +152,10 @@ int CSymbolMap::ReadMap(int merge) {
         while (ReadString(line)) {
             const int comma = line.Find(',');
             if (comma <= 0) continue;
-            CString rt = line.Left(comma);
-            CString dl = line.Mid(comma + 1);
+            // A symbol ends at a NUL byte, as every reader of the map sees it (lookups, and
+            // WriteMap, which would otherwise end the line there and run the next pair in).
+            CString rt(static_cast<const char*>(line.Left(comma)));
+            CString dl(static_cast<const char*>(line.Mid(comma + 1)));
             rt.Trim().MakeUpper();
             dl.Trim().MakeUpper();
             if (rt.IsEmpty() || dl.IsEmpty()) continue;

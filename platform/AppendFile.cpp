@@ -1,5 +1,7 @@
 #include "platform/AppendFile.h"
 
+#include "platform/ConfigFile.h"
+
 #include <fcntl.h>
 #include <sys/file.h>
 #include <unistd.h>
@@ -9,7 +11,7 @@ namespace qvnrt::platform {
 
 bool AppendFile::open(const std::string& path) {
     close();
-    const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_APPEND | O_CLOEXEC, 0666);
+    const int fd = OpenConfigFile(path, O_WRONLY | O_CREAT | O_APPEND);
     if (fd < 0) return false;
     if (::flock(fd, LOCK_EX | LOCK_NB) != 0) {
         ::close(fd);

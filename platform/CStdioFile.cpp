@@ -1,5 +1,8 @@
 #include <qvnrt/compat/CStdioFile.h>
 
+#include "platform/ConfigFile.h"
+
+
 #include <cerrno>
 #include <fcntl.h>
 #include <sys/stat.h>
@@ -56,7 +59,9 @@ bool CFile::Open(const char* fileName, unsigned openFlags, CFileException* error
     }
     if (openFlags & modeCreate) flags |= O_CREAT | ((openFlags & modeNoTruncate) ? 0 : O_TRUNC);
 
-    const int fd = ::open(fileName, flags, 0666);
+    // The files opened through CFile are configuration (maps and profiles): a FIFO or a
+    // device in their place is refused rather than blocking or reading without end.
+    const int fd = qvnrt::platform::OpenConfigFile(fileName, flags, 0666);
     if (fd < 0) return fail(errno);
     m_pStream = ::fdopen(fd, streamMode);
     if (!m_pStream) {

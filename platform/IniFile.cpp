@@ -1,9 +1,9 @@
 #include "platform/IniFile.h"
 
-#include <fstream>
-#include <iterator>
+#include <sstream>
 #include <strings.h>
 
+#include "platform/ConfigFile.h"
 #include "platform/Directories.h"
 
 namespace qvnrt::platform {
@@ -63,9 +63,11 @@ std::string GetPrivateProfileString(const std::string& section, const std::strin
     const std::string path = fileName.find('/') == std::string::npos
                                  ? JoinPath(ConfigDirectory(), fileName)
                                  : fileName;
-    std::ifstream in(path, std::ios::binary);
+    std::string bytes;
     std::string value;
-    if (!in || !Find(in, section, key, value)) return Cut(defaultValue, bufferSize);
+    if (!ReadConfigFile(path, bytes)) return Cut(defaultValue, bufferSize);
+    std::istringstream in(std::move(bytes));
+    if (!Find(in, section, key, value)) return Cut(defaultValue, bufferSize);
     return Cut(value, bufferSize);
 }
 

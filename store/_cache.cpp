@@ -127,7 +127,7 @@ bool _cache::grow() {
         // as they were. Said once until a growth succeeds again.
         if (!m_growthFailureReported) {
             std::clog << "\n !!! Cache : Can't grow " << m_fullPath << " past "
-                      << std::to_string(old) << " records";
+                      << std::to_string(old) << " records\n";  // a line of its own
             m_growthFailureReported = true;
         }
         return false;

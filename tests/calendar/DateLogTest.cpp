@@ -4,6 +4,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <gtest/gtest.h>
@@ -64,6 +65,14 @@ TEST(DateLog, AppendsAndHoldsTheFileOnlyWhenAsked) {
     EXPECT_FALSE(LogIsLocked(home));
     EXPECT_EQ("earlier\r\none\r\nSESSION_INFO[2] bSession = false\r\n",
               home.config().read("DATE.LOG"));
+}
+
+TEST(DateLog, FifoInPlaceOfTheLogIsPassedOverWithoutWaiting) {
+    IsolatedHome home;
+    ASSERT_EQ(0, ::mkfifo(home.config().file("DATE.LOG").c_str(), 0644));
+    testing::internal::CaptureStderr();
+    qvnrt::calendar::writeDateLog("lost\r\n");  // an open for writing would wait for a reader
+    EXPECT_NE(std::string::npos, testing::internal::GetCapturedStderr().find("DATE.LOG: not a regular file"));
 }
 
 TEST(DateLog, DropsTheTextWhenAnotherHolderHasTheFile) {

@@ -1,6 +1,11 @@
 // qvnrt-cli against the simulation driver, run as a user runs it: its command line and exit
 // status, its rows on a pipe and on a terminal, and the cache it leaves behind.
 #include <filesystem>
+#include <fcntl.h>
+#include <sys/resource.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
 #include <map>
 #include <regex>
 #include <sstream>
@@ -171,6 +176,36 @@ TEST_F(CliEndToEnd, InfoNamesTheFileTheDriverCameFrom) {
     ASSERT_EQ(0, run.status);
     EXPECT_NE(std::string::npos, run.out.find("/Client.DLL")) << run.out;
     EXPECT_NE(std::string::npos, run.out.find("libqvnsim.so")) << run.out;
+}
+
+// Past `ulimit -f` the write fails, is reported, and the status says the output is
+// incomplete; SIGXFSZ must not end the program without a word.
+TEST_F(CliEndToEnd, OutputPastTheFileSizeLimitIsReported) {
+    int errors[2];
+    ASSERT_EQ(0, ::pipe(errors));
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        const int out = ::open(work.file("out.txt").c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0644);
+        const rlimit limit{0, RLIM_INFINITY};
+        if (out < 0 || ::dup2(out, 1) < 0 || ::dup2(errors[1], 2) < 0 ||
+            ::setrlimit(RLIMIT_FSIZE, &limit) != 0 || ::chdir(work.path().c_str()) != 0) {
+            ::_exit(126);
+        }
+        ::setenv("QVNRT_HOME", home.path().c_str(), 1);
+        ::execl(QVNRT_CLI_PATH, "qvnrt-cli", "info", static_cast<char*>(nullptr));
+        ::_exit(127);
+    }
+    ::close(errors[1]);
+    std::string told;
+    char buffer[256];
+    for (ssize_t got; (got = ::read(errors[0], buffer, sizeof(buffer))) > 0;) told.append(buffer, got);
+    ::close(errors[0]);
+    int status = 0;
+    ASSERT_EQ(child, ::waitpid(child, &status, 0));
+    ASSERT_TRUE(WIFEXITED(status)) << "ended by signal " << WTERMSIG(status);
+    EXPECT_EQ(1, WEXITSTATUS(status));
+    EXPECT_NE(std::string::npos, told.find("standard output: File too large")) << told;
 }
 
 // ---- Rows on a pipe ----------------------------------------------------------------------

@@ -1,5 +1,6 @@
 #include <qvnrt/compat/CMap.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -91,4 +92,36 @@ TEST(HashMap, NumericKeysHashShiftedByFour) {
         keys.push_back(key);
     }
     EXPECT_EQ((std::vector<unsigned long>{0x110, 0x10, 0x20}), keys);
+}
+
+// The index beside the buckets must never disagree with them: after a run of inserts,
+// re-sets and removals from the middle, head and tail of chains, the order and every
+// lookup still follow the plain model of 17 lists with the newest key in front.
+TEST(CMapStringToString, ManyChangesKeepTheBucketOrderAndEveryLookup) {
+    constexpr unsigned kBuckets = 17;
+    std::vector<std::vector<std::string>> model(kBuckets);
+    CMapStringToString map;
+    qvnrt::compat::StringHash hash;
+    auto bucketOf = [&](const std::string& key) { return hash(key.c_str()) % kBuckets; };
+    uint32_t seed = 12345;
+    auto next = [&] { return seed = seed * 1103515245u + 12345u, (seed >> 8) % 600; };
+    for (int step = 0; step < 4000; ++step) {
+        const std::string key = "K" + std::to_string(next());
+        auto& chain = model[bucketOf(key)];
+        const auto at = std::find(chain.begin(), chain.end(), key);
+        if (step % 3 == 2) {
+            EXPECT_EQ(at != chain.end(), map.RemoveKey(key.c_str())) << key;
+            if (at != chain.end()) chain.erase(at);
+        } else {
+            map.SetAt(key.c_str(), std::to_string(step).c_str());
+            if (at == chain.end()) chain.insert(chain.begin(), key);
+        }
+    }
+    std::vector<std::string> expected;
+    for (const auto& chain : model) expected.insert(expected.end(), chain.begin(), chain.end());
+    EXPECT_EQ(expected, KeysInOrder(map));
+    EXPECT_EQ(static_cast<int>(expected.size()), map.GetCount());
+    CString value;
+    for (const std::string& key : expected) EXPECT_TRUE(map.Lookup(key.c_str(), value)) << key;
+    EXPECT_FALSE(map.Lookup("K600", value));
 }

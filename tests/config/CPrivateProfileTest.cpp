@@ -130,6 +130,7 @@ TEST_F(PrivateProfileTest, WriteAndReadAgainKeepEverythingButOrderCommentsAndBla
     profile.SetValue("T", "url", "http://h/a//b");
     profile.SetValue("T", "padded", "  v  ");
     profile.SetValue("T", "cut", "a // b");
+    profile.SetValue("T", "ends in //", "kept");  // must not be written as a comment
     profile.Write();
 
     CPrivateProfile reread(Path("p.txt").c_str());
@@ -276,6 +277,34 @@ TEST_F(PrivateProfileTest, LastPathIsSavedByEveryObjectAndLoadedByTheDefaultOne)
     CPrivateProfile refused;
     EXPECT_TRUE(refused.m_path.IsEmpty());
     EXPECT_EQ(0, refused.LoadLastPath(kLastPath));
+}
+
+TEST_F(PrivateProfileTest, ReadOnlyUseLeavesTheRegistryStoreAsItWas) {
+    dir().write("p.txt", "k = v\n");
+    const std::string store = "REGEDIT4\n; a note of the user's\n\n"
+                              "[HKEY_CURRENT_USER\\Software\\Quorvane\\RealTime]\n"
+                              "\"Last Private Profile\"=\"" + Path("p.txt") + "\"\n";
+    home.config().write("user.reg", store);
+    { CPrivateProfile profile(Path("p.txt").c_str()); }
+    EXPECT_EQ(store, home.config().read("user.reg"));
+
+    // A store made read-only keeps its bytes and its mode when another path is saved.
+    const std::string file = home.config().file("user.reg");
+    ASSERT_EQ(0, ::chmod(file.c_str(), 0444));
+    { CPrivateProfile other(Path("other.txt").c_str()); }
+    EXPECT_EQ(store, home.config().read("user.reg"));
+    struct stat status;
+    ASSERT_EQ(0, ::stat(file.c_str(), &status));
+    EXPECT_EQ(0444u, status.st_mode & 07777);
+}
+
+TEST_F(PrivateProfileTest, OnlyRegularFilesAreRead) {
+    ASSERT_EQ(0, ::mkfifo(Path("fifo.txt").c_str(), 0644));  // would block an open for ever
+    ASSERT_EQ(0, ::symlink("/dev/zero", Path("zero.txt").c_str()));  // would never end
+    for (const char* name : {"fifo.txt", "zero.txt"}) {
+        CPrivateProfile profile;
+        EXPECT_EQ(0, profile.Read(Path(name).c_str())) << name;
+    }
 }
 
 TEST_F(PrivateProfileTest, DamagedFilesReadWithoutHarm) {

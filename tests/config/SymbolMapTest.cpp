@@ -1,6 +1,8 @@
 // The symbol map: its file rules, messages and translations.
 #include <string>
 #include <vector>
+#include <sys/stat.h>
+#include <unistd.h>
 
 #include <gtest/gtest.h>
 
@@ -60,6 +62,21 @@ TEST_F(SymbolMap, VersionLine) {
     }
     EXPECT_EQ(std::vector<std::string>(5, Text(121)), Messages());
     EXPECT_EQ(1, Load("1.7\nA,B\n"));  // the minor number is ignored
+}
+
+TEST_F(SymbolMap, MapFileThatIsNoRegularFileIsNotFound) {
+    // A FIFO would block the open for ever and /dev/zero would fill memory with one line.
+    char a[] = "A", b[] = "B";
+    for (const bool fifo : {true, false}) {
+        const std::string file = dir.file("A_B.smd");
+        ::unlink(file.c_str());
+        ASSERT_EQ(0, fifo ? ::mkfifo(file.c_str(), 0644) : ::symlink("/dev/zero", file.c_str()));
+        map.Clear();
+        std::string directory = dir.path();
+        EXPECT_EQ(0, map.LoadMap(directory.data(), a, b, 0)) << fifo;
+    }
+    ASSERT_EQ(2u, ui.messages.size());
+    for (const auto& message : ui.messages) EXPECT_EQ(Text(123), message.text);
 }
 
 TEST_F(SymbolMap, ProviderLine) {

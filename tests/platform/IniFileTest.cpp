@@ -1,5 +1,8 @@
 #include "platform/IniFile.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <gtest/gtest.h>
 
 #include "support/TempDir.h"
@@ -21,6 +24,15 @@ TEST_F(IniFileTest, MissingFileSectionOrKeyGivesTheDefault) {
     home.config().write("QUORVANE.INI", "[OTHER]\nSAMEDIRINTF=yes\n[INHOUSEDEVELOPMENT]\nX=1\n");
     EXPECT_EQ("n", Read("INHOUSEDEVELOPMENT", "SAMEDIRINTF"));
     EXPECT_EQ("", Read("INHOUSEDEVELOPMENT", "SAMEDIRINTF", ""));
+}
+
+TEST_F(IniFileTest, FileThatIsNoRegularFileGivesTheDefault) {
+    const std::string file = home.config().file("QUORVANE.INI");
+    ASSERT_EQ(0, ::mkfifo(file.c_str(), 0644));  // an open would wait for a writer for ever
+    EXPECT_EQ("n", Read("INHOUSEDEVELOPMENT", "SAMEDIRINTF"));
+    ASSERT_EQ(0, ::unlink(file.c_str()));
+    ASSERT_EQ(0, ::symlink("/dev/zero", file.c_str()));  // a read would never end
+    EXPECT_EQ("n", Read("INHOUSEDEVELOPMENT", "SAMEDIRINTF"));
 }
 
 TEST_F(IniFileTest, MalformedFileIsReadAndItsGoodValuesFound) {

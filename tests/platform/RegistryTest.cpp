@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <string>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -136,7 +137,7 @@ TEST_F(RegistryTest, MalformedFileKeepsItsGoodValuesThroughTheNextWrite) {
         "  03,04\r\n"
         "@=\"default value\"\r\n"
         "[HKEY_CURRENT_USER\\Broken\r\n"
-        "\"UnderBroken\"=\"lost with its section\"\r\n"
+        "\"UnderBroken\"=\"kept with its section\"\r\n"
         "[HKEY_LOCAL_MACHINE\\Software\\Other]\r\n"
         "\"Kept\"=dword:00000001\r\n"
         "[hkey_current_user\\software\\quorvane\\realtime]\r\n"
@@ -152,17 +153,27 @@ TEST_F(RegistryTest, MalformedFileKeepsItsGoodValuesThroughTheNextWrite) {
     EXPECT_FALSE(DwordOf(*key, "TooWide"));
     EXPECT_FALSE(RegistryKey::Open("Broken"));
 
+    // What could not be read stays in the file as it stands, carriage returns included; a
+    // repeated section joins the first.
     ASSERT_TRUE(key->SetString("Added", "new"));
     EXPECT_EQ(
-        "REGEDIT4\n\n"
+        "REGEDIT4\n"
+        "\"Orphan\"=\"no section yet\"\r\n\n"
         "[HKEY_CURRENT_USER\\Software\\Quorvane\\RealTime]\n"
-        "\"RealTime DLL\"=\"Client.DLL\"\n"
-        "\"Binary\"=hex:01,02,03,04\n"
-        "@=\"default value\"\n"
-        "\"DispStyle0\"=dword:00000007\n"
+        "\"RealTime DLL\"=\"Client.DLL\"\r\n"
+        "this line is garbage\r\n"
+        "\"Unterminated\"=\"oops\r\n"
+        "\"BadDword\"=dword:xyz\r\n"
+        "\"TooWide\"=dword:123456789\r\n"
+        "\"Binary\"=hex:01,02,\\\r\n"
+        "  03,04\r\n"
+        "@=\"default value\"\r\n"
+        "\"DispStyle0\"=dword:00000007\r\n"
         "\"Added\"=\"new\"\n\n"
+        "[HKEY_CURRENT_USER\\Broken\r\n"
+        "\"UnderBroken\"=\"kept with its section\"\r\n\n"
         "[HKEY_LOCAL_MACHINE\\Software\\Other]\n"
-        "\"Kept\"=dword:00000001\n\n",
+        "\"Kept\"=dword:00000001\r\n\n",
         File());
 }
 
@@ -193,6 +204,65 @@ TEST_F(RegistryTest, StoreThatCannotBeReadIsNeverReplaced) {
     char target[16] = {};
     EXPECT_EQ(8, ::readlink(home.config().file("user.reg").c_str(), target, sizeof(target)));
 }
+
+TEST_F(RegistryTest, SettingAValueItAlreadyHasLeavesTheFileAlone) {
+    const std::string original =
+        "REGEDIT4\n; kept by hand\n\n[HKEY_CURRENT_USER\\Software\\Quorvane\\RealTime]\n"
+        "\"Last Private Profile\"=\"/p/list.txt\"\n\"n\"=dword:00000003\n";
+    WriteFile(original);
+    struct stat before;
+    ASSERT_EQ(0, ::stat(home.config().file("user.reg").c_str(), &before));
+    auto key = RegistryKey::Open(kRealTime);
+    ASSERT_TRUE(key);
+    EXPECT_TRUE(key->SetString("last private profile", "/p/list.txt"));
+    EXPECT_TRUE(key->SetDword("N", 3));
+    struct stat after;
+    ASSERT_EQ(0, ::stat(home.config().file("user.reg").c_str(), &after));
+    EXPECT_EQ(before.st_ino, after.st_ino);
+    EXPECT_EQ(original, File());
+}
+
+TEST_F(RegistryTest, ReadOnlyStoreIsNeitherReplacedNorChanged) {
+    const std::string original = "REGEDIT4\n\n[HKEY_CURRENT_USER\\Software\\Quorvane\\RealTime]\n";
+    WriteFile(original);
+    ASSERT_EQ(0, ::chmod(home.config().file("user.reg").c_str(), 0444));
+    auto key = RegistryKey::Open(kRealTime);
+    ASSERT_TRUE(key);
+    EXPECT_FALSE(key->SetString("A", "1"));
+    EXPECT_EQ(original, File());
+}
+
+TEST_F(RegistryTest, ContinuationBackslashAtTheEndOfTheFileTakesInNothing) {
+    WriteFile("REGEDIT4\n[HKEY_CURRENT_USER\\Software\\Quorvane\\RealTime]\n"
+              "\"Binary\"=hex:01,02,\\");
+    auto key = RegistryKey::Open(kRealTime);
+    ASSERT_TRUE(key);
+    ASSERT_TRUE(key->SetString("Next", "value"));
+    std::string text;
+    EXPECT_TRUE(RegistryKey::Open(kRealTime)->QueryString("Next", text));
+    EXPECT_EQ("value", text);
+}
+
+// A FIFO would block the open for ever and /dev/zero would read without end; neither may
+// be taken for the store, nor replaced by a write.
+class RegistryInPlaceOfTheStore : public RegistryTest,
+                                  public ::testing::WithParamInterface<const char*> {};
+
+TEST_P(RegistryInPlaceOfTheStore, IsRefusedWithoutBlocking) {
+    const std::string file = home.config().file("user.reg");
+    const std::string kind = GetParam();
+    if (kind == "fifo") ASSERT_EQ(0, ::mkfifo(file.c_str(), 0644));
+    if (kind == "zero") ASSERT_EQ(0, ::symlink("/dev/zero", file.c_str()));
+    if (kind == "directory") ASSERT_EQ(0, ::mkdir(file.c_str(), 0755));
+    EXPECT_FALSE(RegistryKey::Open(kRealTime));
+    EXPECT_FALSE(RegistryKey::Create(kRealTime));
+    struct stat status;
+    ASSERT_EQ(0, ::lstat(file.c_str(), &status));
+    EXPECT_FALSE(S_ISREG(status.st_mode));
+}
+
+INSTANTIATE_TEST_SUITE_P(Kinds, RegistryInPlaceOfTheStore,
+                         ::testing::Values("fifo", "zero", "directory"));
 
 TEST_F(RegistryTest, TwoProcessesWritingAtOnceLoseNothing) {
     ASSERT_TRUE(RegistryKey::Create(kRealTime));

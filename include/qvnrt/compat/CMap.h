@@ -3,10 +3,18 @@
 /// (a profile is written in it, services are listed in it), so it is part of the
 /// behaviour: buckets in index order, and within a bucket the most recently inserted key
 /// first. A key that is set again keeps its place.
+///
+/// The buckets never grow (their number fixes the order), so a lookup through them alone
+/// would cost a walk of a chain holding a seventeenth of the map. An index beside them,
+/// keyed by a well-mixed hash, finds any key in constant time; the buckets only give the
+/// order. Chains are doubly linked so that a removal is constant time too.
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
+#include <string_view>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -33,6 +41,20 @@ struct ShiftHash {
     uint32_t operator()(unsigned long key) const { return static_cast<uint32_t>(key >> 4); }
     uint32_t operator()(const void* key) const {
         return static_cast<uint32_t>(reinterpret_cast<uintptr_t>(key) >> 4);
+    }
+};
+
+/// The index's hash: independent of the bucket hash, so that keys sharing a bucket (or a
+/// crafted set of keys sharing a times-33 value) still spread in the index.
+template <class K>
+struct IndexHash {
+    size_t operator()(const K& key) const { return std::hash<K>()(key); }
+};
+template <>
+struct IndexHash<CString> {
+    // Equality of CString stops at the first NUL, so the hash does too.
+    size_t operator()(const CString& key) const {
+        return std::hash<std::string_view>()(std::string_view(static_cast<const char*>(key)));
     }
 };
 
@@ -78,24 +100,27 @@ public:
         if (m_buckets.empty()) m_buckets.assign(m_tableSize, nullptr);
         const uint32_t hash = Hash()(key);
         Node*& head = m_buckets[hash % m_tableSize];
-        head = new Node{key, V(), hash, head};
+        auto node = std::make_unique<Node>(Node{key, V(), hash, head, nullptr});
+        m_index.insert(node.get());
+        if (head) head->prev = node.get();
+        head = node.release();
         ++m_count;
         return head->value;
     }
 
     bool RemoveKey(const K& key) {
-        if (m_buckets.empty()) return false;
-        const uint32_t hash = Hash()(key);
-        for (Node** link = &m_buckets[hash % m_tableSize]; *link; link = &(*link)->next) {
-            if ((*link)->key == key) {
-                Node* gone = *link;
-                *link = gone->next;
-                delete gone;
-                --m_count;
-                return true;
-            }
+        Node* gone = Find(key);
+        if (!gone) return false;
+        m_index.erase(gone);
+        if (gone->prev) {
+            gone->prev->next = gone->next;
+        } else {
+            m_buckets[gone->hash % m_tableSize] = gone->next;
         }
-        return false;
+        if (gone->next) gone->next->prev = gone->prev;
+        delete gone;
+        --m_count;
+        return true;
     }
 
     void RemoveAll() {
@@ -107,6 +132,7 @@ public:
             }
         }
         m_buckets.clear();
+        m_index.clear();
         m_count = 0;
     }
 
@@ -126,6 +152,20 @@ private:
         V value;
         uint32_t hash;
         Node* next;
+        Node* prev;
+    };
+
+    // The index holds the nodes themselves and is searched by key (heterogeneous lookup).
+    struct NodeHash {
+        using is_transparent = void;
+        size_t operator()(const Node* node) const { return IndexHash<K>()(node->key); }
+        size_t operator()(const K& key) const { return IndexHash<K>()(key); }
+    };
+    struct NodeEqual {
+        using is_transparent = void;
+        bool operator()(const Node* a, const Node* b) const { return a == b; }
+        bool operator()(const K& key, const Node* node) const { return node->key == key; }
+        bool operator()(const Node* node, const K& key) const { return node->key == key; }
     };
 
     static POSITION ToPosition(const Node* node) {
@@ -140,14 +180,12 @@ private:
     }
 
     Node* Find(const K& key) const {
-        if (m_buckets.empty()) return nullptr;
-        for (Node* node = m_buckets[Hash()(key) % m_tableSize]; node; node = node->next) {
-            if (node->key == key) return node;
-        }
-        return nullptr;
+        const auto found = m_index.find(key);
+        return found == m_index.end() ? nullptr : *found;
     }
 
     std::vector<Node*> m_buckets;
+    std::unordered_set<Node*, NodeHash, NodeEqual> m_index;
     unsigned m_tableSize = 17;
     int m_count = 0;
 };
