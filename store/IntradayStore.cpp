@@ -112,7 +112,9 @@ bool IntradayStore<Record>::request(StoreOwner owner, uint32_t start, uint32_t e
     const bool refresh = (flags & kRefreshFlag) != 0;
     PendingRange range;
     range.security = owner;
-    uint32_t from = toCacheTime(start);
+    // An open start (0) is the first second there is: the request ends once the blocks reach
+    // below its start, and nothing lies below 0.
+    uint32_t from = std::max<uint32_t>(toCacheTime(start), 1);
     uint32_t to = toCacheTime(end);
     range.requestedFrom = from;
     range.cursor = to;

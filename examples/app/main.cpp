@@ -29,6 +29,7 @@ public:
     explicit Watch(bool wantBars) : barsAsked(!wantBars), barsDone(!wantBars) {}
 
     bool hasQuote = false;
+    bool hasRules = false;
     bool barsAsked;
     bool barsDone;
     int bars = 0;
@@ -42,11 +43,19 @@ public:
         setSessHolInfo(session, holidays, 0);
         session->Free();  // the security holds its own references
         holidays->Free();
-        if (!barsAsked) {
-            barsAsked = true;
-            if (!RequestBars(*this)) {
-                std::fprintf(stderr, "bars refused for %s\n", static_cast<const char*>(m_strSymbol));
-            }
+        hasRules = true;
+    }
+
+    // Bars are asked for once the rules are known and the service has told its clock (event
+    // 4, soon after connecting), or after a short wait for a service on this machine's
+    // clock: "now" for an open-ended request is the service's time, and a service whose
+    // clock differs from this machine's would otherwise be asked for a span it cannot have.
+    void AskForBarsWhenReady(bool waitedForTheClock) {
+        if (barsAsked || !hasRules) return;
+        if (RTServer::s_lServerTimeDelta == 0 && !waitedForTheClock) return;
+        barsAsked = true;
+        if (!RequestBars(*this)) {
+            std::fprintf(stderr, "bars refused for %s\n", static_cast<const char*>(m_strSymbol));
         }
     }
 
@@ -155,6 +164,7 @@ int main(int argc, char** argv) {
 
     for (unsigned waited = 0; waited < seconds * 1000 && !Finished(watches); waited += 100) {
         loop.runFor(100);
+        for (const auto& watch : watches) watch->AskForBarsWhenReady(waited >= 2000);
     }
     const bool complete = Finished(watches);
 
