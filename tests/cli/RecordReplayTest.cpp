@@ -107,11 +107,12 @@ TEST(RecordReplay, TheReplayServesTheSameTicksAndMinuteBarsAsTheSimulation) {
 }
 
 // The hand-written week served through the library, as the program shows it: the quote built
-// from the latest trade and the day before the holiday, the days, the exchange.
+// from the latest trade and the day before the holiday, the days, the exchange, and bars of
+// minutes and of ticks converted by the library from the minute bars and ticks served.
 struct ServedCase {
     const char* name;
     std::vector<std::string> arguments;
-    std::vector<std::string> shown;  // lines that standard output must hold
+    std::vector<std::string> shown;  // runs of whole lines that standard output must hold
 };
 
 void PrintTo(const ServedCase& served, std::ostream* out) {
@@ -124,9 +125,11 @@ TEST_P(ServedThroughTheLibrary, ShowsTheHandWrittenData) {
     TempDir work, home;
     std::vector<std::string> arguments = {"--driver", QVNREPLAY_PATH, "--format", "csv"};
     arguments.insert(arguments.end(), GetParam().arguments.begin(), GetParam().arguments.end());
+    // The replay clock stands at the close of the week's last day, after every record.
     const CliResult result = RunCli(
         arguments,
-        {work.path(), home.path(), {std::string("QVNREPLAY_DATA_DIR=") + QVNREPLAY_TEST_DATA}});
+        {work.path(), home.path(),
+         {std::string("QVNREPLAY_DATA_DIR=") + QVNREPLAY_TEST_DATA, "QVNREPLAY_START=1720209600"}});
     EXPECT_EQ(result.status, 0) << result.err;
     for (const std::string& line : GetParam().shown) {
         EXPECT_NE(result.out.find(line + "\n"), std::string::npos) << line << "\n" << result.out;
@@ -142,7 +145,25 @@ INSTANTIATE_TEST_SUITE_P(
                    {"history", "ACME"},
                    {"2024-07-03,52.00,52.40,51.70,51.90,61000",
                     "2024-07-05,51.90,53.00,51.80,52.75,150000"}},
-        ServedCase{"Exchanges", {"exchanges"}, {"1,XNY,09:30-16:00,USD,18,0,New York Board"}}),
+        ServedCase{"Exchanges", {"exchanges"}, {"1,XNY,09:30-16:00,USD,18,0,New York Board"}},
+        // Bars are cut from 9:30 and stamped with their last second; the early close and the
+        // holiday leave no bar between the two days.
+        ServedCase{"SevenMinuteBars",
+                   {"bars", "ACME", "--width", "7m", "--days", "5"},
+                   {"TIME,OPEN,HIGH,LOW,CLOSE,VOLUME\n"
+                    "2024-07-05 09:36:59,51.9,52.4,51.85,52.35,9600\n"
+                    "2024-07-03 12:59:59,51.95,51.96,51.88,51.9,2000"}},
+        ServedCase{"TwoMinuteBars",
+                   {"bars", "ACME", "--width", "2m", "--days", "5"},
+                   {"2024-07-05 09:35:59,52.28,52.4,52.2,52.35,1700\n"
+                    "2024-07-05 09:33:59,52.15,52.3,52.01,52.28,3500\n"
+                    "2024-07-05 09:31:59,51.9,52.2,51.85,52.15,4400\n"
+                    "2024-07-03 12:59:59,51.95,51.96,51.88,51.9,2000"}},
+        ServedCase{"ThreeTickBars",
+                   {"bars", "ACME", "--width", "3t", "--days", "5"},
+                   {"2024-07-05 09:33:30,52.05,52.28,52.05,52.28,850\n"
+                    "2024-07-05 09:32:05,52.2,52.2,52.01,52.01,1250\n"
+                    "2024-07-05 09:30:45,51.9,52.05,51.9,52,1000"}}),
     [](const testing::TestParamInfo<ServedCase>& info) { return std::string(info.param.name); });
 
 }  // namespace
