@@ -42,6 +42,7 @@ struct GlobalOptions {
     bool offline = false;        // the cache alone, no driver
     Format format = Format::kTable;
     bool noColour = false;
+    bool faithfulCalendar = false;  // keep the zone table's own daylight rules
 };
 
 using RunCommand = std::function<int(const GlobalOptions&)>;

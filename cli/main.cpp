@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstdio>
+#include <cstdlib>
 #include <map>
 #include <string>
 #include <vector>
@@ -32,8 +33,8 @@ const std::map<std::string, Format> kFormats = {
     {"table", Format::kTable}, {"csv", Format::kCsv}, {"json", Format::kJson}};
 
 const char kSubcommandFooter[] =
-    "The options of every command (--driver, --cache, --offline, --format, --no-color) and\n"
-    "the exit status are in 'qvnrt-cli --help'.";
+    "The options of every command (--driver, --cache, --offline, --format, --no-color,\n"
+    "--faithful-calendar) and the exit status are in 'qvnrt-cli --help'.";
 
 std::string FailureMessage(const CLI::App*, const CLI::Error& error) {
     return std::string("qvnrt-cli: ") + error.what() +
@@ -60,6 +61,21 @@ void AddGlobalOptions(CLI::App& app, GlobalOptions& global, std::string& format)
     app.add_flag("--no-color", global.noColour,
                  "no colour on a terminal (also when NO_COLOR is set)")
         ->group(group);
+    app.add_flag("--faithful-calendar", global.faithfulCalendar,
+                 "keep the zone table's own daylight rules (New York changing in April and "
+                 "October) instead of today's, which the program shows by default")
+        ->group(group);
+}
+
+// The program shows today's dates, so it turns the library's modern calendar on unless told
+// otherwise; before any command runs, since a Date keeps the rules it was made with.
+void ApplyCalendarMode(bool faithful) {
+    qvnrt::SetModernCalendar(!faithful);
+    // The simulation is the program's default driver, and a plugin sees only the registry
+    // store and its environment, not this process's calendar switch: tell it through
+    // QVNSIM_CALENDAR before the driver is loaded, so that the library and the simulated
+    // exchanges agree. A value the user set wins.
+    ::setenv("QVNSIM_CALENDAR", faithful ? "faithful" : "modern", /*overwrite=*/0);
 }
 
 }  // namespace
@@ -105,6 +121,7 @@ int main(int argc, char** argv) {
         return status == 0 ? kExitOk : kExitUsage;
     }
     global.format = kFormats.at(format);
+    ApplyCalendarMode(global.faithfulCalendar);
     const int status = chosen ? chosen(global) : kExitUsage;
     EndOpenLogLine();
     // Output that could not be written (a full disk, `ulimit -f`) is no success.

@@ -27,6 +27,8 @@ std::string Lower(std::string text) {
     return text;
 }
 
+CalendarChoice g_choice = CalendarChoice::kRegistry;
+
 bool ReadSetting() {
     const std::string directory = ConfigDirectory();
     if (directory.empty()) return false;
@@ -48,9 +50,21 @@ bool ReadSetting() {
 
 }  // namespace
 
+void ChooseCalendar(CalendarChoice choice) {
+    g_choice = choice;
+}
+
 bool ModernCalendarOn() {
-    static const bool on = ReadSetting();
-    return on;
+    switch (g_choice) {
+    case CalendarChoice::kModern:
+        return true;
+    case CalendarChoice::kFaithful:
+        return false;
+    case CalendarChoice::kRegistry:
+        break;
+    }
+    static const bool registryOn = ReadSetting();
+    return registryOn;
 }
 
 }  // namespace qvnsim

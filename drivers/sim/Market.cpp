@@ -89,8 +89,9 @@ double Market::LogClose(const Security& security, int64_t day) {
 }
 
 double Market::OptionPrice(const Security& option, double underlying, int64_t when) const {
-    static const ZoneClock kNewYork(18);
-    const int64_t expiry = kNewYork.LocalToUtc(option.expiryDay * kSecondsPerDay + 16 * 3600);
+    // Made on each call: the calendar setting may change when the simulation is reconfigured.
+    const ZoneClock newYork(18);
+    const int64_t expiry = newYork.LocalToUtc(option.expiryDay * kSecondsPerDay + 16 * 3600);
     const double years = static_cast<double>(expiry - when) / (365.0 * kSecondsPerDay);
     return std::max(0.01, BlackScholes(option.optionKind == 'C', underlying, option.strike, years,
                                        option.impliedVol));

@@ -17,7 +17,7 @@ namespace {
 
 const char* const kKeys[] = {"seed",        "speed_ms", "step_seconds", "start",
                              "universe",    "connect",  "live_minutes", "server_limit",
-                             "time_events", "changes",  "events"};
+                             "time_events", "changes",  "events",       "calendar"};
 
 std::string Trim(const std::string& text) {
     size_t first = 0;
@@ -186,6 +186,16 @@ bool SimConfig::Set(const std::string& rawKey, const std::string& rawValue, std:
         ok = ParseFlag(value, changes);
     } else if (key == "events") {
         ok = ParseEvents(value, events);
+    } else if (key == "calendar") {
+        const std::string v = Lower(value);
+        if (v == "registry")
+            calendar = CalendarChoice::kRegistry;
+        else if (v == "modern")
+            calendar = CalendarChoice::kModern;
+        else if (v == "faithful")
+            calendar = CalendarChoice::kFaithful;
+        else
+            ok = false;
     } else {
         error = "unknown setting '" + key + "'";
         return false;

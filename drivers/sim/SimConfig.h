@@ -6,6 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "CalendarMode.h"
+
 namespace qvnsim {
 
 enum class ConnectAnswer {
@@ -36,6 +38,7 @@ struct SimConfig {
     bool timeEvents = true;  // event 4 at connect and at each simulated minute
     bool changes = true;     // the change log as event 8 at connect
     std::vector<ScheduledEvent> events;
+    CalendarChoice calendar = CalendarChoice::kRegistry;  // the exchanges' daylight rules
 
     // Applies "key = value" settings, one a line or separated by ';'. Blank lines and text
     // after '#' are ignored. On a bad setting, returns false with `error` naming it; the

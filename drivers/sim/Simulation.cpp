@@ -57,6 +57,7 @@ Simulation::World& Simulation::Built() {
 }
 
 void Simulation::Rebuild(const SimConfig& config) {
+    ChooseCalendar(config.calendar);  // before the markets make their zone clocks
     auto world = std::make_unique<World>();
     world->config = config;
     const int64_t anchorDay = DayOf(config.start);

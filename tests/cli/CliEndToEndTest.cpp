@@ -465,6 +465,54 @@ TEST_F(CliEndToEnd, BarsAreSessionAlignedAndNewestFirst) {
     EXPECT_GT(rows, 0);
 }
 
+// Monday 11 March 2024, the day after New York moved its clocks forward under today's rules
+// and three weeks before the zone table's own rules move them.
+struct CalendarCase {
+    std::string name;
+    std::vector<std::string> options;  // added to the bars command line
+    std::vector<std::string> variables;
+    std::string lastBarEnd;  // of the Monday's session, in New York time
+};
+
+void PrintTo(const CalendarCase& calendar, std::ostream* out) {
+    *out << calendar.name;
+}
+
+class CliCalendar : public CliEndToEnd, public ::testing::WithParamInterface<CalendarCase> {};
+
+TEST_P(CliCalendar, MondayBarsOfTheSecondWeekOfMarch) {
+    const CalendarCase& expected = GetParam();
+    std::vector<std::string> arguments = {"bars", "ACME", "--width", "30m", "--days", "1",
+                                          "--format", "csv"};
+    arguments.insert(arguments.end(), expected.options.begin(), expected.options.end());
+    std::vector<std::string> variables = expected.variables;
+    variables.push_back("QVNSIM_START=2024-03-12T12:00:00Z");
+    const CliResult run = RunCli(arguments, Environment(variables));
+    ASSERT_EQ(0, run.status) << run.err;
+    Lines monday;  // newest first
+    for (const std::string& line : SplitLines(run.out)) {
+        if (line.rfind("2024-03-11 ", 0) == 0) monday.push_back(line.substr(11, 8));
+    }
+    ASSERT_FALSE(monday.empty()) << run.out;
+    EXPECT_EQ("09:59:59", monday.back()) << run.out;  // the first bar starts at the 9:30 open
+    EXPECT_EQ(expected.lastBarEnd, monday.front()) << run.out;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Modes, CliCalendar,
+    ::testing::Values(
+        // The program's default: the library and the simulation both keep today's rules.
+        CalendarCase{"ModernByDefault", {}, {}, "15:59:59"},
+        // The switch reaches the simulation too, so the two still agree.
+        CalendarCase{"FaithfulOnBothSides", {"--faithful-calendar"}, {}, "15:59:59"},
+        // A market on today's clocks read with the old rules: its session seems to run from
+        // 8:30, the first bar falls before the open and the day ends an hour early.
+        CalendarCase{"FaithfulAgainstTodaysMarket",
+                     {"--faithful-calendar"},
+                     {"QVNSIM_CALENDAR=modern"},
+                     "14:59:59"}),
+    [](const ::testing::TestParamInfo<CalendarCase>& info) { return info.param.name; });
+
 }  // namespace qvnrt::test
 
 namespace qvnrt::test {
