@@ -1,0 +1,82 @@
+#!/usr/bin/env python3
+"""Writes the seed corpora of the cache-file fuzz targets (sec_files, secmaint) into
+corpus/. The layouts are those of store/SecData.h, store/_cache.h and store/RTSecChangeDB.h.
+Run from anywhere: python3 tests/fuzz/make_seeds.py"""
+import os
+import struct
+
+HERE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "corpus")
+SEC1_SIGNATURE, SEC2_SIGNATURE = 0x9432E105, 0x9432E204
+SEC1_SIZE, SEC2_SIZE = 260, 72
+
+
+def header(signature, capacity, free_count, free_head, lock_count=0):
+    return struct.pack("<IIiiii", signature, 1, capacity, free_count, free_head,
+                       lock_count).ljust(4096, b"\0")
+
+
+def sec1(symbol, name, sec2_index, presence):
+    record = bytearray(SEC1_SIZE)
+    record[0:len(symbol)] = symbol
+    record[20:20 + len(name)] = name
+    struct.pack_into("<Qii", record, 216, presence, sec2_index, -1)
+    return bytes(record)
+
+
+def sec2(field41, field42):
+    record = bytearray(SEC2_SIZE)
+    struct.pack_into("<i", record, 0, -1)
+    record[4:4 + len(field41)] = field41
+    record[24:24 + len(field42)] = field42
+    return bytes(record)
+
+
+def free_slot(size, link):
+    return bytes(size - 4) + struct.pack("<i", link)
+
+
+def pair(sec1_bytes, sec2_bytes):
+    return struct.pack("<I", len(sec1_bytes)) + sec1_bytes + sec2_bytes
+
+
+def write(target, name, data):
+    os.makedirs(os.path.join(HERE, target), exist_ok=True)
+    with open(os.path.join(HERE, target, name), "wb") as out:
+        out.write(data)
+
+
+every_field = (1 << 60) - 2
+ibm = sec1(b"IBM", b"Intl Business Machines", -1, every_field)
+option = sec1(b"ESZ6 C4500", b"An option", 0, every_field)
+write("sec_files", "two-symbols", pair(
+    header(SEC1_SIGNATURE, 3, 1, 2) + ibm + option + free_slot(SEC1_SIZE, -1),
+    header(SEC2_SIGNATURE, 2, 1, 1) + sec2(b"Dec 2026 4500", b"call") + free_slot(SEC2_SIZE, -1)))
+# A name of 32 characters with no terminator, and a Sec2 index that another record holds.
+write("sec_files", "unterminated-shared-index", pair(
+    header(SEC1_SIGNATURE, 2, 0, -1) + sec1(b"MSFT", b"M" * 32, 0, every_field) + option,
+    header(SEC2_SIGNATURE, 1, 0, -1) + sec2(b"X" * 20, b"Y" * 20)))
+# Left open by a process that died, with free-list heads outside the files.
+write("sec_files", "left-open-bad-heads", pair(
+    header(SEC1_SIGNATURE, 1, 5, 9, lock_count=1) + ibm,
+    header(SEC2_SIGNATURE, 1, 1, 7, lock_count=1) + free_slot(SEC2_SIZE, 3)))
+write("sec_files", "empty", b"")
+
+RESET_MARKER = 0x4D4E5400
+
+
+def change(symbol, time, kind):
+    return symbol.ljust(16, b"\0") + struct.pack("<I", time) + kind + bytes(range(35))
+
+
+def secmaint(signature, count, slots, timestamp, records):
+    body = b"".join(records)
+    return (struct.pack("<IIIi", signature, count, slots, timestamp).ljust(256, b"\0")
+            + body.ljust(slots * 56, b"\0"))
+
+
+write("secmaint", "fresh", bytes(4096))
+write("secmaint", "reset-marker", secmaint(RESET_MARKER, 0, 8, 0, []))
+write("secmaint", "sorted", secmaint(0, 3, 8, 1234, [
+    change(b"A", 5, b"N"), change(b"IBM", 10, b"S"), change(b"IBM", 20, b"N")]))
+write("secmaint", "count-beyond-slots", secmaint(0, 500, 2, -1, [
+    change(b"IBM", 1, b"N"), change(b"MSFT", 2, b"N")]))
