@@ -1,9 +1,12 @@
 #!/usr/bin/env python3
-"""Writes the seed corpora of the cache-file fuzz targets (sec_files, secmaint) into
-corpus/. The layouts are those of store/SecData.h, store/_cache.h and store/RTSecChangeDB.h.
+"""Writes the seed corpora of the cache-file fuzz targets (sec_files, secmaint, tik) into
+corpus/. The layouts are those of store/SecData.h, store/_cache.h, store/RTSecChangeDB.h,
+store/IntradayRecords.h and store/CompoundFile.cpp.
 Run from anywhere: python3 tests/fuzz/make_seeds.py"""
 import os
+import sqlite3
 import struct
+import tempfile
 
 HERE = os.path.join(os.path.dirname(os.path.abspath(__file__)), "corpus")
 SEC1_SIGNATURE, SEC2_SIGNATURE = 0x9432E105, 0x9432E204
@@ -80,3 +83,39 @@ write("secmaint", "sorted", secmaint(0, 3, 8, 1234, [
     change(b"A", 5, b"N"), change(b"IBM", 10, b"S"), change(b"IBM", 20, b"N")]))
 write("secmaint", "count-beyond-slots", secmaint(0, 500, 2, -1, [
     change(b"IBM", 1, b"N"), change(b"MSFT", 2, b"N")]))
+
+
+def block(first, last, records):
+    return struct.pack("<IIIII", 2, first, last, len(records), 0) + b"".join(records)
+
+
+def contents(entries):
+    return struct.pack("<II", 1, len(entries)) + b"".join(
+        struct.pack("<IIII", first, last, count, 0) for first, last, count in entries)
+
+
+def tik(streams):
+    """A .tik database holding `streams`: (storage, name, data) rows."""
+    with tempfile.TemporaryDirectory() as scratch:
+        path = os.path.join(scratch, "seed.tik")
+        db = sqlite3.connect(path)
+        db.execute("CREATE TABLE stream(storage TEXT, name TEXT, data BLOB, "
+                   "PRIMARY KEY(storage, name))")
+        db.executemany("INSERT INTO stream VALUES (?, ?, ?)", streams)
+        db.commit()
+        db.close()
+        with open(path, "rb") as f:
+            return f.read()
+
+
+ticks = [struct.pack("<Iif", t, t % 100, 100.0 + t % 7) + b"\0" for t in (1010, 1005, 1000)]
+bars = [struct.pack("<Iiffff", t, 50, 1.0, 2.0, 3.0, 0.5) for t in (1080, 1020)]
+write("tik", "one-block-each", tik([
+    ("T", "Contents", contents([(1000, 1010, 3)])), ("T", "%x" % 1000, block(1000, 1010, ticks)),
+    ("M", "Contents", contents([(1020, 1080, 2)])), ("M", "%x" % 1020, block(1020, 1080, bars))]))
+# A block whose header disagrees with the index, one whose length does, and one overlapping.
+write("tik", "disagreeing-blocks", tik([
+    ("T", "Contents", contents([(1000, 1010, 3), (2000, 2010, 2), (2005, 2020, 1)])),
+    ("T", "%x" % 1000, block(1000, 1010, ticks[:2])),
+    ("T", "%x" % 2000, block(2000, 2010, ticks)[:-5])]))
+write("tik", "not-a-database", b"SQLite format 3\0" + bytes(84))
