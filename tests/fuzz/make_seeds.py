@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""Writes the seed corpora of the cache-file fuzz targets (sec_files, secmaint, tik) into
+"""Writes the seed corpora of the cache-file fuzz targets (sec_files, secmaint, tik) and of
+driver_packets into
 corpus/. The layouts are those of store/SecData.h, store/_cache.h, store/RTSecChangeDB.h,
 store/IntradayRecords.h and store/CompoundFile.cpp.
 Run from anywhere: python3 tests/fuzz/make_seeds.py"""
@@ -119,3 +120,35 @@ write("tik", "disagreeing-blocks", tik([
     ("T", "%x" % 1000, block(1000, 1010, ticks[:2])),
     ("T", "%x" % 2000, block(2000, 2010, ticks)[:-5])]))
 write("tik", "not-a-database", b"SQLite format 3\0" + bytes(84))
+
+# driver_packets: steps of DriverPacketFuzz.cpp (kind, then what the kind reads).
+TIMER = b"\x04"
+
+
+def quote(status, field, type_index, value, row=None):
+    head = b"\x00" if row is None else b"\x01" + bytes([row])
+    return head + bytes([status & 0xFF, field, type_index]) + value.ljust(39, b"\0")[:39]
+
+
+def eod(flags, records):
+    return b"\x02" + bytes([len(records), flags & 0xFF]) + b"".join(
+        struct.pack("<IIffffi", date, 0, 10.0, 11.0, 12.0, 9.0, value) for date, value in records)
+
+
+def packet(type_index, is_new, records):
+    return b"\x03" + bytes([type_index, is_new, len(records)]) + b"".join(records)
+
+
+day = 86400
+write("driver_packets", "quotes-and-rows",
+      quote(0, 2, 0, b"Intl Business") + quote(0, 5, 2, struct.pack("<f", 101.5))
+      + quote(0, 0, 0, b"") + TIMER + quote(0, 1, 0, b"MSFT", row=1)
+      + quote(0, 0, 0, b"", row=1) + quote(-2, 3, 3, b"", row=2) + TIMER)
+write("driver_packets", "eod-batches",
+      eod(1, [(20000, 5), (20001, 0), (20001, 7)]) + TIMER + eod(0, [(20002, 1)]) + eod(-1, [])
+      + TIMER)
+write("driver_packets", "intraday",
+      packet(1, 0, [struct.pack("<Iiffff", 2 * day + 60 * m, 10, 1, 2, 3, 0.5)
+                    for m in (580, 575, 570)]) + TIMER
+      + packet(0, 1, [struct.pack("<Iif", 2 * day + 60 * 585 + s, 1, 2.0) + b"\0"
+                      for s in (1, 2, 3)]) + TIMER + b"\x05" + TIMER)
