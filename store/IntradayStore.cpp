@@ -253,7 +253,7 @@ void IntradayStore<Record>::enterLive(const TICKREC* ticks, int count) {
             const uint32_t minute = tick.time - tick.time % 60;
             if (!m_liveBuffer.empty() && m_liveBuffer.back().time == minute) {
                 MinuteBar& bar = m_liveBuffer.back();
-                bar.volume += tick.volume;
+                bar.volume = AddVolume(bar.volume, tick.volume);
                 bar.close = tick.price;
                 bar.high = std::max(bar.high, tick.price);
                 bar.low = std::min(bar.low, tick.price);
@@ -322,7 +322,8 @@ int IntradayStore<Record>::meetLiveEdge(PendingRange& range, const Record* reply
     range.to = newest - 1;
     for (auto& [owner, subscriber] : m_subscribers) {
         subscriber.cursor += static_cast<size_t>(n);
-        subscriber.volume += m_liveBuffer[static_cast<size_t>(n - 1)].volume;
+        subscriber.volume =
+            AddVolume(subscriber.volume, m_liveBuffer[static_cast<size_t>(n - 1)].volume);
     }
     return n;
 }
@@ -538,7 +539,9 @@ void IntradayStore<Record>::pushLive() {
             if (again) --start;
             Records fresh(m_liveBuffer.begin() + static_cast<long>(start), m_liveBuffer.end());
             // A bar sent again carries only what it gained since.
-            if (again) fresh.front().volume -= subscriber.volume;
+            if (again) {
+                fresh.front().volume = SubtractVolume(fresh.front().volume, subscriber.volume);
+            }
             subscriber.cursor = size;
             subscriber.volume = last.volume;
             subscriber.open = last.open;
