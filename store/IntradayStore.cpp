@@ -395,6 +395,17 @@ bool IntradayStore<Record>::readBlock(const BlockIndexEntry& entry, Records& rec
         if (header.count) std::memcpy(records.data(), bytes + sizeof(BlockHeader), size - sizeof(BlockHeader));
         sound = true;
     });
+    // Records are served as they lie, so a block whose records are out of order or outside
+    // its span (a damaged file) is not served at all: owners rely on history newest first.
+    const auto outOfPlace = [&entry](const Record& newer, const Record& older) {
+        return newer.time < older.time || newer.time > entry.last || older.time < entry.first;
+    };
+    if (sound && std::adjacent_find(records.begin(), records.end(), outOfPlace) != records.end()) {
+        sound = false;
+    }
+    if (sound && records.size() == 1) {
+        sound = records.front().time >= entry.first && records.front().time <= entry.last;
+    }
     return sound;
 }
 

@@ -119,6 +119,11 @@ write("tik", "disagreeing-blocks", tik([
     ("T", "Contents", contents([(1000, 1010, 3), (2000, 2010, 2), (2005, 2020, 1)])),
     ("T", "%x" % 1000, block(1000, 1010, ticks[:2])),
     ("T", "%x" % 2000, block(2000, 2010, ticks)[:-5])]))
+# Records oldest first, and one outside its block's span: such blocks are not served.
+write("tik", "records-out-of-place", tik([
+    ("T", "Contents", contents([(1000, 1010, 3), (2000, 2010, 1)])),
+    ("T", "%x" % 1000, block(1000, 1010, ticks[::-1])),
+    ("T", "%x" % 2000, block(2000, 2010, ticks[:1]))]))
 write("tik", "not-a-database", b"SQLite format 3\0" + bytes(84))
 
 # driver_packets: steps of DriverPacketFuzz.cpp (kind, then what the kind reads).
