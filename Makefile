@@ -21,7 +21,7 @@ COVERAGE_BUILD ?= build-coverage
 FUZZ_BUILD ?= build-fuzz
 FUZZ_SECONDS ?= 300
 FUZZ_CHECK_SECONDS ?= 5
-FUZZ_TARGETS := registry ini profile symbol_map price_format
+FUZZ_TARGETS := registry ini profile symbol_map price_format sec_files secmaint tik driver_packets
 PACKAGES := build-essential cmake pkg-config libgtest-dev libgmock-dev libbenchmark-dev \
             libcli11-dev libsqlite3-dev tzdata gcovr qt6-base-dev
 

@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "securities/SessionWalk.h"
+#include "store/IntradayRecords.h"
 
 using qvnrt::securities::SessionWalk;
 
@@ -21,7 +22,7 @@ bool Missing(float price) { return price == kMissingPrice; }
 // One minute bar merged into a bar that may still hold the heartbeat's missing values.
 void Merge(RTINTRADAY_PRICEREC& bar, const RTINTRADAY_PRICEREC& minute) {
     if (bar.volume == kMissingVolume) bar.volume = 0;
-    bar.volume += minute.volume;
+    bar.volume = RTSecCache::AddVolume(bar.volume, minute.volume);
     bar.close = minute.close;
     if (Missing(bar.open)) bar.open = minute.open;
     if (Missing(bar.high) || bar.high < minute.high) bar.high = minute.high;
@@ -222,7 +223,7 @@ RTINTRADAY_PRICEREC* RTSecurity::ConvertMinuteBarsToOrigRequest(int& count, void
                 if (split.time && bar.time == split.time) {
                     // Split over two packets: the newer part holds the bar's close.
                     bar.close = split.close;
-                    bar.volume += split.volume;
+                    bar.volume = RTSecCache::AddVolume(bar.volume, split.volume);
                     if (split.high > bar.high) bar.high = split.high;
                     if (bar.low == 0.0f || (split.low != 0.0f && split.low < bar.low)) {
                         bar.low = split.low;
@@ -232,7 +233,7 @@ RTINTRADAY_PRICEREC* RTSecurity::ConvertMinuteBarsToOrigRequest(int& count, void
                 }
                 continue;
             }
-            bar.volume += minute.volume;
+            bar.volume = RTSecCache::AddVolume(bar.volume, minute.volume);
             if (!closeSettled) bar.close = minute.close;
             if (minute.high > bar.high) bar.high = minute.high;
             if (bar.low == 0.0f || (minute.low != 0.0f && minute.low < bar.low)) {

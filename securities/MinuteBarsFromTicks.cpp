@@ -6,6 +6,8 @@
 
 #include <qvnrt/driver.h>
 
+#include "store/IntradayRecords.h"
+
 namespace qvnrt::securities {
 
 void* MinuteBarsFromTicks(int& count, const void* ticks) {
@@ -24,7 +26,7 @@ void* MinuteBarsFromTicks(int& count, const void* ticks) {
         const uint32_t minute = tick.time - tick.time % 60;
         if (made > 0 && bars[made - 1].time == minute) {
             RTINTRADAY_PRICEREC& bar = bars[made - 1];
-            bar.volume += tick.volume;
+            bar.volume = RTSecCache::AddVolume(bar.volume, tick.volume);
             bar.close = tick.price;
             bar.high = std::max(bar.high, tick.price);
             bar.low = std::min(bar.low, tick.price);

@@ -10,6 +10,7 @@
 
 #include "securities/SessionWalk.h"
 #include "securities/TickTimes.h"
+#include "store/IntradayRecords.h"
 
 using qvnrt::securities::SessionWalk;
 using qvnrt::securities::TickTime;
@@ -121,7 +122,7 @@ TICKBARREC* RTSecurity::ConvertNewTicksToTickBars(int& count, TICKREC* ticks) {
         if (m_tickCount == 0) bar.open = tick.price;
         Widen(bar.high, bar.low, tick.price);
         bar.close = tick.price;
-        bar.volume += tick.volume;
+        bar.volume = RTSecCache::AddVolume(bar.volume, tick.volume);
         std::memcpy(&record, &bar, sizeof(bar));
         record.flag = tick.flag;
         used = true;
@@ -302,7 +303,7 @@ int RTSecurity::BuildXTickBars(RTINTRADAY_PRICEREC*& out, TICKREC*& tick, int& p
             bar.high = record.price;
             bar.low = record.price;
         } else {
-            bar.volume += record.volume;
+            bar.volume = RTSecCache::AddVolume(bar.volume, record.volume);
             Widen(bar.high, bar.low, record.price);
         }
         bar.close = record.price;

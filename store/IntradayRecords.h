@@ -3,6 +3,7 @@
 // order of this machine (the build refuses any other), so records are copied byte for byte.
 #pragma once
 
+#include <algorithm>
 #include <bit>
 #include <cstdint>
 
@@ -53,6 +54,19 @@ static_assert(sizeof(TICKREC) == 13);
 // 1970 becomes 0, the open start.
 constexpr uint32_t kDateOf1970 = 2211988800u;
 constexpr uint32_t toCacheTime(uint32_t t) { return t < kDateOf1970 ? 0 : t - kDateOf1970; }
+// Volumes are summed into bars and differenced for subscribers in 64 bits and kept at the
+// 32-bit bounds: a driver's volumes are not to be trusted, and a sum that wrapped would show
+// a busy bar with a negative volume (and would be undefined in C++).
+constexpr int32_t ClampVolume(int64_t volume) {
+    return static_cast<int32_t>(std::clamp<int64_t>(volume, INT32_MIN, INT32_MAX));
+}
+constexpr int32_t AddVolume(int32_t total, int32_t more) {
+    return ClampVolume(int64_t{total} + more);
+}
+constexpr int32_t SubtractVolume(int32_t total, int32_t less) {
+    return ClampVolume(int64_t{total} - less);
+}
+
 constexpr uint32_t toRequestTime(uint32_t t) { return t == 0 ? 0 : t + kDateOf1970; }
 
 }  // namespace RTSecCache

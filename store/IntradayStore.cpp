@@ -255,7 +255,7 @@ void IntradayStore<Record>::enterLive(const TICKREC* ticks, int count) {
             const uint32_t minute = tick.time - tick.time % 60;
             if (!m_liveBuffer.empty() && m_liveBuffer.back().time == minute) {
                 MinuteBar& bar = m_liveBuffer.back();
-                bar.volume += tick.volume;
+                bar.volume = AddVolume(bar.volume, tick.volume);
                 bar.close = tick.price;
                 bar.high = std::max(bar.high, tick.price);
                 bar.low = std::min(bar.low, tick.price);
@@ -324,7 +324,8 @@ int IntradayStore<Record>::meetLiveEdge(PendingRange& range, const Record* reply
     range.to = newest - 1;
     for (auto& [owner, subscriber] : m_subscribers) {
         subscriber.cursor += static_cast<size_t>(n);
-        subscriber.volume += m_liveBuffer[static_cast<size_t>(n - 1)].volume;
+        subscriber.volume =
+            AddVolume(subscriber.volume, m_liveBuffer[static_cast<size_t>(n - 1)].volume);
     }
     return n;
 }
@@ -396,6 +397,17 @@ bool IntradayStore<Record>::readBlock(const BlockIndexEntry& entry, Records& rec
         if (header.count) std::memcpy(records.data(), bytes + sizeof(BlockHeader), size - sizeof(BlockHeader));
         sound = true;
     });
+    // Records are served as they lie, so a block whose records are out of order or outside
+    // its span (a damaged file) is not served at all: owners rely on history newest first.
+    const auto outOfPlace = [&entry](const Record& newer, const Record& older) {
+        return newer.time < older.time || newer.time > entry.last || older.time < entry.first;
+    };
+    if (sound && std::adjacent_find(records.begin(), records.end(), outOfPlace) != records.end()) {
+        sound = false;
+    }
+    if (sound && records.size() == 1) {
+        sound = records.front().time >= entry.first && records.front().time <= entry.last;
+    }
     return sound;
 }
 
@@ -540,7 +552,9 @@ void IntradayStore<Record>::pushLive() {
             if (again) --start;
             Records fresh(m_liveBuffer.begin() + static_cast<long>(start), m_liveBuffer.end());
             // A bar sent again carries only what it gained since.
-            if (again) fresh.front().volume -= subscriber.volume;
+            if (again) {
+                fresh.front().volume = SubtractVolume(fresh.front().volume, subscriber.volume);
+            }
             subscriber.cursor = size;
             subscriber.volume = last.volume;
             subscriber.open = last.open;

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
+#include <filesystem>
 #include <string>
 #include <unistd.h>
 
@@ -28,6 +29,10 @@ inline const std::string& FuzzHome() {
         std::string pattern = (::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp");
         pattern += "/qvnrt-fuzz-XXXXXX";
         if (!::mkdtemp(pattern.data())) std::abort();
+        // The directory lives in memory: gone with the run, as libFuzzer ends through exit().
+        // Its name is kept apart from `home`, which is destroyed before the handler runs.
+        static const std::string* const made = new std::string(pattern);
+        std::atexit([] { std::filesystem::remove_all(*made); });
         ::setenv("QVNRT_HOME", pattern.c_str(), 1);
         ::setenv("QVNRT_APP_DIR", pattern.c_str(), 1);
         static QuietHost host;
