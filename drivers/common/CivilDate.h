@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <ctime>
 
-namespace qvnreplay {
+namespace QVN_DRIVER_NAMESPACE {
 
 constexpr int64_t kSecondsPerDay = 86400;
 
@@ -77,4 +77,4 @@ constexpr int64_t FromDateValue(uint32_t date) {
     return date < kEpoch1970 ? 0 : static_cast<int64_t>(date) - kEpoch1970;
 }
 
-}  // namespace qvnreplay
+}  // namespace QVN_DRIVER_NAMESPACE

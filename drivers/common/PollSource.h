@@ -1,11 +1,11 @@
-// The descriptor that the library watches: an epoll set holding a timer that ticks once a
-// simulation step, and an event counter that says "answers are waiting". It is readable
-// when either is.
+// The descriptor that the library watches: an epoll set holding a timer that ticks while the
+// driver's market moves (a simulation step, a replayed interval), and an event counter that
+// says "answers are waiting". It is readable when either is.
 #pragma once
 
 #include <cstdint>
 
-namespace qvnsim {
+namespace QVN_DRIVER_NAMESPACE {
 
 class PollSource {
 public:
@@ -29,4 +29,4 @@ private:
     int m_event = -1;
 };
 
-}  // namespace qvnsim
+}  // namespace QVN_DRIVER_NAMESPACE

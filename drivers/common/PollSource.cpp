@@ -10,7 +10,7 @@
 #include <cstdio>
 #include <cstring>
 
-namespace qvnsim {
+namespace QVN_DRIVER_NAMESPACE {
 
 namespace {
 
@@ -34,7 +34,8 @@ PollSource::PollSource() {
     m_event = ::eventfd(0, EFD_NONBLOCK | EFD_CLOEXEC);
     if (m_epoll < 0 || m_timer < 0 || m_event < 0 || !Watch(m_epoll, m_timer) ||
         !Watch(m_epoll, m_event)) {
-        std::fprintf(stderr, "qvnsim: cannot make the poll descriptor: %s\n", std::strerror(errno));
+        std::fprintf(stderr, "%s: cannot make the poll descriptor: %s\n", QVN_DRIVER_NAME,
+                     std::strerror(errno));
         CloseIfOpen(m_epoll);
         CloseIfOpen(m_timer);
         CloseIfOpen(m_event);
@@ -72,4 +73,4 @@ uint64_t PollSource::Drain() {
     return ticks;
 }
 
-}  // namespace qvnsim
+}  // namespace QVN_DRIVER_NAMESPACE
