@@ -40,7 +40,7 @@ std::string FillUntilGrowthFails(const std::string& path) {
         for (int i = 0; i < 1024; ++i) file.allocate()->value = i;
         void* const view = file.view();
         if (file.allocate() || file.allocate()) return "growth did not fail";
-        if (log.text() != "\n !!! Cache : Can't grow " + file.fullPath() + " past 1024 records")
+        if (log.text() != "\n !!! Cache : Can't grow " + file.fullPath() + " past 1024 records\n")
             return "logged: " + log.text();
         if (file.view() != view || file.mappedSize() != FileBytes(1024) ||
             file.fileSize() != FileBytes(1024) || file.header()->capacity != 1024)
