@@ -37,9 +37,11 @@ private:
     bool m_lineOpen = false;
 };
 
+// Never destroyed: std::clog keeps pointing at it until the very end of the process, when
+// the C++ library's own teardown (in whichever shared object runs it last) flushes clog.
 TrackingBuffer& Buffer() {
-    static TrackingBuffer buffer;
-    return buffer;
+    static TrackingBuffer* const buffer = new TrackingBuffer;
+    return *buffer;
 }
 
 }  // namespace
