@@ -357,7 +357,8 @@ void AppendValue(std::string& out, const Value& value) {
         out.append(value.raw);
         // A continuation backslash on the last line of the file continued nothing; written
         // as it stands it would take in the next value on the following read.
-        if (value.type == ValueType::kOther && EndsInContinuation(value.raw)) {
+        // Every such backslash goes: of two, the one left would still continue.
+        while (value.type == ValueType::kOther && EndsInContinuation(out)) {
             out.erase(out.rfind('\\'), 1);
         }
         out.append("\n");
